@@ -35,7 +35,9 @@ AutoRefUnref::AutoRefUnref(const MultiRefObject * object, e_deleteMode mode)
         m_object->ref();
 }
 
-AutoRefUnref::~AutoRefUnref() { release(m_object, m_mode); }
+AutoRefUnref::~AutoRefUnref() {
+    release(m_object, m_mode);
+}
 
 MultiRefObject::AutoRefUnref::AutoRefUnref(const MultiRefObject * object, e_deleteMode mode)
     : m_object(object), m_mode(static_cast<e_deleteMode>(resolveMode(object, mode))) {
@@ -43,9 +45,13 @@ MultiRefObject::AutoRefUnref::AutoRefUnref(const MultiRefObject * object, e_dele
         m_object->ref();
 }
 
-MultiRefObject::AutoRefUnref::~AutoRefUnref() { release(m_object, m_mode); }
+MultiRefObject::AutoRefUnref::~AutoRefUnref() {
+    release(m_object, m_mode);
+}
 
 AutoUnref::AutoUnref(const MultiRefObject * object, e_deleteMode mode)
     : m_object(object), m_mode(static_cast<e_deleteMode>(resolveMode(object, mode))) {}
 
-AutoUnref::~AutoUnref() { release(m_object, m_mode); }
+AutoUnref::~AutoUnref() {
+    release(m_object, m_mode);
+}
