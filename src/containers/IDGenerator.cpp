@@ -1,0 +1,140 @@
+// IDGenerator.cpp - allocation of integer identifiers by free ranges
+#include "kdrcore/containers/IDGenerator.h"
+
+#include <climits>
+
+namespace {
+
+// The ids of a new generator: 1 to 2147483646.
+constexpr int FULL_START = 1;
+constexpr int FULL_COUNT = 0x7FFFFFFE;
+
+} // namespace
+
+// Every range ends (m_start + m_count) at 2147483647 at most: freeID never makes 2147483647 free,
+// so the sums below cannot overflow.
+
+IDGenerator::IDGenerator() : m_freeRanges(new s_IDRange{FULL_START, FULL_COUNT, nullptr}) {}
+
+IDGenerator::IDGenerator(const IDGenerator & other)
+    : m_freeRanges(copyRanges(other.m_freeRanges)) {}
+
+IDGenerator::~IDGenerator() {
+    freeRanges(m_freeRanges);
+}
+
+const IDGenerator & IDGenerator::operator=(const IDGenerator & other) {
+    if (this != &other) {
+        // Copy first, so that a failed allocation leaves this generator as it was.
+        s_IDRange * const copy = copyRanges(other.m_freeRanges);
+        freeRanges(m_freeRanges);
+        m_freeRanges = copy;
+    }
+    return *this;
+}
+
+s_IDRange * IDGenerator::copyRanges(const s_IDRange * first) {
+    s_IDRange * head = nullptr;
+    s_IDRange ** link = &head;
+    try {
+        for (const s_IDRange * r = first; r != nullptr; r = r->m_next) {
+            *link = new s_IDRange{r->m_start, r->m_count, nullptr};
+            link = &(*link)->m_next;
+        }
+    } catch (...) {
+        freeRanges(head);
+        throw;
+    }
+    return head;
+}
+
+void IDGenerator::freeRanges(s_IDRange * first) {
+    while (first != nullptr) {
+        s_IDRange * const next = first->m_next;
+        delete first;
+        first = next;
+    }
+}
+
+void IDGenerator::clear() {
+    s_IDRange * const full = new s_IDRange{FULL_START, FULL_COUNT, nullptr};
+    freeRanges(m_freeRanges);
+    m_freeRanges = full;
+}
+
+// The rare cases of generateID(): no range, a first range with one id left, or none.
+int IDGenerator::generateIDSlow() {
+    if (m_freeRanges == nullptr)
+        m_freeRanges = new s_IDRange{FULL_START, FULL_COUNT, nullptr};
+    s_IDRange * const first = m_freeRanges;
+    if (first->m_count == 0)
+        return -1;
+    const int result = first->m_start;
+    ++first->m_start;
+    --first->m_count;
+    // An empty last range stays as the mark of exhaustion.
+    if (first->m_count == 0 && first->m_next != nullptr) {
+        m_freeRanges = first->m_next;
+        delete first;
+    }
+    return result;
+}
+
+int IDGenerator::generateID(int requested) {
+    s_IDRange ** link = &m_freeRanges;
+    for (s_IDRange * r = *link; r != nullptr; link = &r->m_next, r = *link) {
+        if (r->m_start > requested)
+            break; // below this range and above the previous one: in use
+        if (requested >= r->m_start + r->m_count)
+            continue;
+        const int start = r->m_start;
+        const int end = start + r->m_count;
+        if (requested == start) {
+            r->m_start = requested + 1;
+            --r->m_count;
+            // An emptied range goes, unless it is the only one: then it stays as the mark of
+            // exhaustion, as after generateID().
+            if (r->m_count == 0 && (r->m_next != nullptr || r != m_freeRanges)) {
+                *link = r->m_next;
+                delete r;
+            }
+        } else if (requested == end - 1) {
+            --r->m_count;
+        } else {
+            r->m_next = new s_IDRange{requested + 1, end - requested - 1, r->m_next};
+            r->m_count = requested - start;
+        }
+        return requested;
+    }
+    return generateID();
+}
+
+bool IDGenerator::freeID(int id) {
+    if (id < 0 || id == INT_MAX || m_freeRanges == nullptr)
+        return false;
+    s_IDRange ** link = &m_freeRanges;
+    s_IDRange * r = *link;
+    while (r != nullptr && id > r->m_start + r->m_count) {
+        link = &r->m_next;
+        r = *link;
+    }
+    if (r == nullptr)
+        return false;
+    if (id == r->m_start + r->m_count) {
+        // A following range that touches this one may hold the id already.
+        const s_IDRange * const next = r->m_next;
+        if (next != nullptr && next->m_start == id && next->m_count > 0)
+            return false;
+        ++r->m_count; // grows at the top, not merged with a range it now touches
+        return true;
+    }
+    if (id == r->m_start - 1) {
+        r->m_start = id;
+        ++r->m_count;
+        return true;
+    }
+    if (id >= r->m_start)
+        return false; // free already
+    *link = new s_IDRange{id, 1, r};
+    return true;
+}
