@@ -1,0 +1,142 @@
+// BinarySort.cpp - stable multi-column radix sort of rows of bytes
+#include "kdrcore/containers/BinarySort.h"
+
+#include <cstddef>
+#include <cstring>
+#include <memory>
+#include <new>
+
+namespace {
+
+constexpr int RADIX = 256;
+// Histograms of up to this many columns live on the stack; more go to the heap.
+constexpr unsigned int STACK_COLUMNS = 16;
+
+using Column = BinarySort::Column;
+
+inline const unsigned char * rowByte(const Column & column, int row) {
+    return column.m_data + static_cast<std::size_t>(row) * column.m_stride;
+}
+
+// counts[b] := the number of rows whose byte in `column` is b.
+void countBytes(const Column & column, int numRows, unsigned int * counts) {
+    std::memset(counts, 0, RADIX * sizeof(unsigned int));
+    const unsigned char * p = column.m_data;
+    const std::size_t stride = column.m_stride;
+    for (int r = 0; r < numRows; ++r, p += stride)
+        ++counts[*p];
+}
+
+// One stable counting pass: the rows of `in`, in their order, go to `out` grouped by their byte
+// in `column`. `counts` is the column's histogram.
+void placeRows(const Column & column, const unsigned int * counts, const int * in, int * out,
+               int numRows) {
+    unsigned int next[RADIX];
+    unsigned int sum = 0;
+    for (int b = 0; b < RADIX; ++b) {
+        next[b] = sum;
+        sum += counts[b];
+    }
+    const unsigned char * const data = column.m_data;
+    const std::size_t stride = column.m_stride;
+    for (int i = 0; i < numRows; ++i) {
+        const int row = in[i];
+        out[next[data[static_cast<std::size_t>(row) * stride]]++] = row;
+    }
+}
+
+} // namespace
+
+BinarySort::BinarySort() : m_numColumns(0), m_columns(nullptr) {}
+
+BinarySort::~BinarySort() {
+    delete[] m_columns;
+}
+
+void BinarySort::appendColumns(const unsigned char * data, unsigned int count,
+                               unsigned int stride) {
+    if (count == 0)
+        return;
+    const unsigned long long total =
+        static_cast<unsigned long long>(m_numColumns) + static_cast<unsigned long long>(count);
+    if (total > 0xFFFFFFFFull)
+        throw std::bad_array_new_length(); // the count would overflow: no such array
+    // Exactly the new size, no growth margin.
+    Column * const grown = new Column[total];
+    for (unsigned int i = 0; i < m_numColumns; ++i)
+        grown[i] = m_columns[i];
+    for (unsigned int i = 0; i < count; ++i)
+        grown[m_numColumns + i] = Column{data + i, stride};
+    delete[] m_columns;
+    m_columns = grown;
+    m_numColumns = static_cast<unsigned int>(total);
+}
+
+void BinarySort::addItem(const unsigned char * data, unsigned int size) {
+    appendColumns(data, size, size);
+}
+
+void BinarySort::addColumn(const unsigned char * data) {
+    appendColumns(data, 1, 1);
+}
+
+// Least significant column first, one stable counting pass per column. A column in which every
+// row has the same byte would only copy the order: its pass is skipped, which leaves the result
+// unchanged. The passes that remain alternate between `result` and one temporary array, starting
+// from the one that makes the last pass write into `result`.
+void BinarySort::sort(int numRows, int * result) {
+    if (numRows <= 0)
+        return;
+    unsigned int stackCounts[STACK_COLUMNS * RADIX];
+    std::unique_ptr<unsigned int[]> heapCounts;
+    unsigned int * counts = stackCounts;
+    if (m_numColumns > STACK_COLUMNS) {
+        heapCounts.reset(new unsigned int[static_cast<std::size_t>(m_numColumns) * RADIX]);
+        counts = heapCounts.get();
+    }
+    const unsigned int total = static_cast<unsigned int>(numRows);
+    unsigned int passes = 0;
+    for (unsigned int c = 0; c < m_numColumns; ++c) {
+        unsigned int * const h = counts + static_cast<std::size_t>(c) * RADIX;
+        countBytes(m_columns[c], numRows, h);
+        if (h[*m_columns[c].m_data] != total)
+            ++passes;
+    }
+
+    std::unique_ptr<int[]> temp;
+    if (passes > 0)
+        temp.reset(new int[static_cast<std::size_t>(numRows)]);
+    int * source = (passes % 2 == 0) ? result : temp.get();
+    int * target = (passes % 2 == 0) ? temp.get() : result;
+    for (int r = 0; r < numRows; ++r)
+        source[r] = r;
+    for (unsigned int c = m_numColumns; c-- > 0;) {
+        const unsigned int * const h = counts + static_cast<std::size_t>(c) * RADIX;
+        if (h[*m_columns[c].m_data] == total)
+            continue;
+        placeRows(m_columns[c], h, source, target, numRows);
+        int * const swap = source;
+        source = target;
+        target = swap;
+    }
+}
+
+int BinarySort::getUniqueRows(int numRows, const int * sortedRows, unsigned char * flags) const {
+    if (numRows <= 0)
+        return 0;
+    flags[0] = 1;
+    std::memset(flags + 1, 0, static_cast<std::size_t>((numRows - 1) / 8));
+    int count = 1;
+    for (int j = 1; j < numRows; ++j) {
+        const int a = sortedRows[j - 1];
+        const int b = sortedRows[j];
+        for (unsigned int c = 0; c < m_numColumns; ++c) {
+            if (*rowByte(m_columns[c], a) != *rowByte(m_columns[c], b)) {
+                flags[j >> 3] = static_cast<unsigned char>(flags[j >> 3] | (1u << (j & 7)));
+                ++count;
+                break;
+            }
+        }
+    }
+    return count;
+}
