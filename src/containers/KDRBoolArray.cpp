@@ -546,9 +546,9 @@ void KDRBoolArray::insert(int i, bool value) {
     int j = i >> 3;
     const int k = i & 7;
     // In the byte of i the bits from position k up move left by one, the lower bits stay.
-    const byte first = m_bytes[j];
+    const unsigned first = m_bytes[j];
     unsigned carry = first >> 7u;
-    m_bytes[j] = static_cast<byte>((first & lowMask(k)) | ((first & highMask(k)) << 1) |
+    m_bytes[j] = static_cast<byte>((first & lowMask(k)) | ((first & highMask(k)) << 1u) |
                                    (value ? 1u << k : 0u));
     // Every following used byte shifts left by one, taking in its predecessor's old top bit.
     for (++j; j + 8 <= used; j += 8) {
@@ -557,8 +557,8 @@ void KDRBoolArray::insert(int i, bool value) {
         carry = static_cast<unsigned>(w >> 63);
     }
     for (; j < used; ++j) {
-        const byte old = m_bytes[j];
-        m_bytes[j] = static_cast<byte>((old << 1) | carry);
+        const unsigned old = m_bytes[j];
+        m_bytes[j] = static_cast<byte>((old << 1u) | carry);
         carry = old >> 7u;
     }
 }

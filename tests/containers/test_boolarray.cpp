@@ -380,7 +380,8 @@ TEST(KDRBoolArray, CopyAssignAndSwap) {
     const KDRBoolArray r = (b = a); // the result is a copy made after the assignment
     EXPECT_TRUE(b == a);
     EXPECT_TRUE(r == a);
-    b = b; // self-assignment keeps the bits
+    const KDRBoolArray & sameB = b;
+    b = sameB; // self-assignment keeps the bits
     EXPECT_TRUE(b == a);
     b.copy(b, true); // self-copy only sets the spare bits
     EXPECT_TRUE(b == a);

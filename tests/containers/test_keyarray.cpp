@@ -92,7 +92,8 @@ TEST(KDRKeyArray, CopySwapAndClearShareButNeverOwnTheObjects) {
     EXPECT_EQ(copy.findKey(4), k4.get());
     KDRKeyArray assigned;
     assigned = a;
-    assigned = assigned; // self-assignment keeps the contents
+    const KDRKeyArray & same = assigned;
+    assigned = same; // self-assignment keeps the contents
     EXPECT_EQ(assigned.getKey(0), k1.get());
     EXPECT_TRUE(assigned.removeKey(k1.get()));
     EXPECT_EQ(a.findKey(1), k1.get()); // the source keeps its own tables

@@ -184,7 +184,8 @@ TYPED_TEST(PtrLists, ReverseGoToDataAndCopies) {
     EXPECT_EQ(assigned.size(), 4);
     EXPECT_EQ(contents(assigned), contents(list));
     assigned.goToPosition(2);
-    assigned = assigned; // self-assignment changes nothing, the cursor included
+    const TypeParam & same = assigned;
+    assigned = same; // self-assignment changes nothing, the cursor included
     EXPECT_EQ(assigned.getCurrentPosition(), 2);
     EXPECT_EQ(assigned.size(), 4);
     TypeParam empty;
@@ -551,7 +552,8 @@ TYPED_TEST(PtrLists, AgreesWithAVectorAndCursorOverRandomOperations) {
                     other = list; // replaces other's element
                     list = other;
                 } else {
-                    list = list;
+                    const TypeParam & same = list;
+                    list = same;
                     break;
                 }
                 if (n > 0)
