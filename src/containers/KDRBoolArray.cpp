@@ -60,12 +60,20 @@ byte * allocateStorage(int count) {
     return block + 1;
 }
 
+// Set bits of a word, without the library call that std::popcount becomes on baseline x86-64.
+int popcount64(std::uint64_t x) {
+    x = x - ((x >> 1) & 0x5555555555555555u);
+    x = (x & 0x3333333333333333u) + ((x >> 2) & 0x3333333333333333u);
+    x = (x + (x >> 4)) & 0x0F0F0F0F0F0F0F0Fu;
+    return static_cast<int>((x * 0x0101010101010101u) >> 56);
+}
+
 // Number of bits set in bytes [0, count).
 int countBytes(const byte * p, int count) {
     int n = 0;
     int j = 0;
     for (; j + 8 <= count; j += 8)
-        n += std::popcount(load64(p + j));
+        n += popcount64(load64(p + j));
     for (; j < count; ++j)
         n += std::popcount(static_cast<unsigned>(p[j]));
     return n;
