@@ -1,0 +1,290 @@
+// BoundingBox.cpp - box transformation, camera projection of points and boxes, screen tests
+#include "kdrcore/geometry/BoundingBox.h"
+
+#include "kdrcore/kernel/EnhancedMathFunctions.h"
+#include "kdrcore/types/Scalar.h"
+
+namespace {
+
+inline double wide(float v) {
+    return static_cast<double>(v);
+}
+
+/// Writes corner `i` (0 to 7) of the box [lo, hi]: z is the fastest digit, then y, then x, digit 0
+/// taking `lo` and digit 1 `hi`.
+inline void corner(float * c, int i, float const * lo, float const * hi) {
+    c[0] = (i & 4) ? hi[0] : lo[0];
+    c[1] = (i & 2) ? hi[1] : lo[1];
+    c[2] = (i & 1) ? hi[2] : lo[2];
+}
+
+/// Projects `p` through the current kernel's multMatrixVec3f, asked afresh at each call. A point
+/// whose depth exceeds `depthLimit` lies behind the viewer: its x and y are negated back and true
+/// is returned. A NaN depth counts as in front.
+inline bool projectBehind(float * q, float const * m, float const * p, float depthLimit) {
+    EnhancedMathFunctions::getCurrent()->multMatrixVec3f(q, m, p);
+    if (depthLimit < q[2]) {
+        q[0] = -q[0];
+        q[1] = -q[1];
+        return true;
+    }
+    return false;
+}
+
+/// The x-y part of a BoundingBox under construction, with the same add rules and the same
+/// uninitialised state: the screen functions never read the depth of their local boxes, and each
+/// axis of BoundingBox::add runs on its own.
+struct ScreenRect {
+    float minX = 1.0f, minY = 0.0f, maxX = 0.0f, maxY = 0.0f;
+
+    bool initialized() const { return maxX >= minX; }
+    void addInitialized(float x, float y) {
+        if (minX > x)
+            minX = x;
+        else if (maxX < x)
+            maxX = x;
+        if (minY > y)
+            minY = y;
+        else if (maxY < y)
+            maxY = y;
+    }
+    void add(float x, float y) {
+        if (initialized()) {
+            addInitialized(x, y);
+        } else {
+            minX = maxX = x;
+            minY = maxY = y;
+        }
+    }
+};
+
+/// The merging step shared by the screen functions: `merged` takes the corners in front and, when
+/// there are some, the x-y extent of the corners behind. Returns 1, 2 or 3 as cameraProjBBox.
+inline int mergeFrontBehind(ScreenRect & merged, ScreenRect const & front,
+                            ScreenRect const & behind) {
+    int code = 0;
+    if (front.initialized()) {
+        code = 1;
+        merged = front;
+    }
+    if (behind.initialized()) {
+        if (merged.initialized()) {
+            merged.addInitialized(behind.minX, behind.minY);
+            merged.addInitialized(behind.maxX, behind.maxY);
+        }
+        code += 2;
+    }
+    return code;
+}
+
+/// End of the screen tests: false when every corner lay behind, else whether `rect` meets the
+/// merged rectangle.
+inline bool intersectMerged(BoundingBox2D const & rect, ScreenRect const & front,
+                            ScreenRect const & behind) {
+    ScreenRect merged;
+    if (mergeFrontBehind(merged, front, behind) == 2)
+        return false;
+    BoundingBox2D r;
+    r.m_min = Vector2f(merged.minX, merged.minY);
+    r.m_max = Vector2f(merged.maxX, merged.maxY);
+    return rect.intersect(r);
+}
+
+/// The rectangle's test on a projected point: x and y within it, edges included.
+struct RectTest {
+    float minX, minY, maxX, maxY;
+
+    explicit RectTest(BoundingBox2D const & rect)
+        : minX(rect.m_min.x()), minY(rect.m_min.y()), maxX(rect.m_max.x()), maxY(rect.m_max.y()) {}
+    bool contains(float const * q) const {
+        return minX <= q[0] && q[0] <= maxX && minY <= q[1] && q[1] <= maxY;
+    }
+};
+
+/// A rectangle wider than this (the float 0.05f, compared unrounded) is tested corner by corner
+/// for being wholly inside.
+constexpr float WIDE_RECT_WIDTH = 0.05f;
+
+} // namespace
+
+void BoundingBoxAlgo::transformBBox(BoundingBox & out, BoundingBox const & box,
+                                    MatAff4fBase const & m) {
+    // Local copies: `out` may be `box`.
+    float const lo[3] = {box.m_min.x(), box.m_min.y(), box.m_min.z()};
+    float const hi[3] = {box.m_max.x(), box.m_max.y(), box.m_max.z()};
+    float c[3];
+    Vector3f q;
+    corner(c, 0, lo, hi);
+    EnhancedMathFunctions::getCurrent()->multAffineMatrixVec3f(q.getValue(), m.getValue(), c);
+    out.set(q);
+    for (int i = 1; i < 8; ++i) {
+        corner(c, i, lo, hi);
+        EnhancedMathFunctions::getCurrent()->multAffineMatrixVec3f(q.getValue(), m.getValue(), c);
+        out.addInitialized(q);
+    }
+}
+
+void cameraProjPoint(Vector3f & out, Vector3f const & p, Matrix4f const & proj, float depthLimit) {
+    float q[3];
+    projectBehind(q, proj.getValue(), p.getValue(), depthLimit);
+    out.setValue(q);
+}
+
+void cameraProjPoint(Vector2f & out, Vector3f const & p, Matrix4f const & proj, float depthLimit) {
+    float q[3];
+    projectBehind(q, proj.getValue(), p.getValue(), depthLimit);
+    out = Vector2f(q[0], q[1]);
+}
+
+int BoundingBoxAlgo::cameraProjBBox(BoundingBox & out, BoundingBox const & box,
+                                    Matrix4f const & proj, float depthLimit) {
+    float const lo[3] = {box.m_min.x(), box.m_min.y(), box.m_min.z()};
+    float const hi[3] = {box.m_max.x(), box.m_max.y(), box.m_max.z()};
+    float const * const m = proj.getValue();
+    BoundingBox front;
+    ScreenRect behind; // only its x-y extent is used
+    for (int i = 0; i < 8; ++i) {
+        float c[3];
+        Vector3f q;
+        corner(c, i, lo, hi);
+        if (projectBehind(q.getValue(), m, c, depthLimit))
+            behind.add(q.x(), q.y());
+        else
+            front.add(q);
+    }
+    // `out` is written only from here on, after every corner of `box` was read.
+    int code = 0;
+    if (front.isInitialized()) {
+        code = 1;
+        out.add(front);
+    }
+    if (behind.initialized()) {
+        if (out.isInitialized()) {
+            out.add(Vector3f(behind.minX, behind.minY, FLOAT_EPSILON));
+            out.add(Vector3f(behind.maxX, behind.maxY, FLOAT_EPSILON));
+        }
+        code += 2;
+    }
+    return code;
+}
+
+int BoundingBoxAlgo::cameraProjBBox(BoundingBox2D & out, BoundingBox const & box,
+                                    Matrix4f const & proj, float depthLimit) {
+    float const lo[3] = {box.m_min.x(), box.m_min.y(), box.m_min.z()};
+    float const hi[3] = {box.m_max.x(), box.m_max.y(), box.m_max.z()};
+    float const * const m = proj.getValue();
+    ScreenRect front, behind;
+    for (int i = 0; i < 8; ++i) {
+        float c[3], q[3];
+        corner(c, i, lo, hi);
+        if (projectBehind(q, m, c, depthLimit))
+            behind.add(q[0], q[1]);
+        else
+            front.add(q[0], q[1]);
+    }
+    ScreenRect merged;
+    int const code = mergeFrontBehind(merged, front, behind);
+    // Written in every case: with no corner in front these are the uninitialised values.
+    out.m_min = Vector2f(merged.minX, merged.minY);
+    out.m_max = Vector2f(merged.maxX, merged.maxY);
+    return code;
+}
+
+bool BoundingBoxAlgo::BBox3DIntersectBBox2D(BoundingBox const & box, BoundingBox2D const & rect,
+                                            Matrix4f const & proj, float depthLimit, bool & spare,
+                                            bool & boxInsideRect) {
+    spare = false;
+    boxInsideRect = false;
+    RectTest const inRect(rect);
+    // Only the width decides; an uninitialised rectangle has a negative one and goes narrow.
+    bool const wideRect = wide(inRect.maxX) - wide(inRect.minX) > wide(WIDE_RECT_WIDTH);
+    float const lo[3] = {box.m_min.x(), box.m_min.y(), box.m_min.z()};
+    float const hi[3] = {box.m_max.x(), box.m_max.y(), box.m_max.z()};
+    float const * const m = proj.getValue();
+    ScreenRect front, behind;
+    bool allInside = false;
+    for (int i = 0; i < 8; ++i) {
+        float c[3], q[3];
+        corner(c, i, lo, hi);
+        if (projectBehind(q, m, c, depthLimit)) {
+            behind.add(q[0], q[1]);
+            continue;
+        }
+        bool const inside = inRect.contains(q);
+        if (wideRect) {
+            // Corner 1 alone sets the reference; when it is behind the reference stays false.
+            if (i == 0)
+                allInside = inside;
+            else if (inside != allInside)
+                return true; // corners in front on both sides of the outline
+        } else if (inside) {
+            return true;
+        }
+        front.add(q[0], q[1]);
+    }
+    if (wideRect && allInside) {
+        boxInsideRect = true;
+        return true;
+    }
+    // No corner in front lies inside: the bounding rectangles decide, which also finds a box
+    // whose projection encloses the rectangle.
+    return intersectMerged(rect, front, behind);
+}
+
+bool BoundingBoxAlgo::QuadIntersectBBox2D(Vector3f const & vertex0, Vector3f const & vertex1,
+                                          Vector3f const & vertex2, Vector3f const & vertex3,
+                                          BoundingBox2D const & rect, Matrix4f const & proj,
+                                          float depthLimit, bool & spare) {
+    spare = false;
+    RectTest const inRect(rect);
+    Vector3f const * const vertices[4] = {&vertex0, &vertex1, &vertex2, &vertex3};
+    float const * const m = proj.getValue();
+    ScreenRect front, behind;
+    for (Vector3f const * v : vertices) {
+        float q[3];
+        if (projectBehind(q, m, v->getValue(), depthLimit)) {
+            behind.add(q[0], q[1]);
+            continue;
+        }
+        if (inRect.contains(q))
+            return true;
+        front.add(q[0], q[1]);
+    }
+    return intersectMerged(rect, front, behind);
+}
+
+float BoundingBoxAlgo::BBox3DDistance2(BoundingBox const & box, MatAff4f const & m,
+                                       Vector3f const & p) {
+    BoundingBox t;
+    transformBBox(t, box, m);
+    if (t.contains(p))
+        return 0.0f;
+    double sum = 0.0;
+    for (int i = 0; i < 3; ++i) {
+        double const a = wide(t.m_min[i]) - wide(p[i]);
+        double const b = wide(t.m_max[i]) - wide(p[i]);
+        double const a2 = a * a, b2 = b * b;
+        sum += b2 <= a2 ? b2 : a2;
+    }
+    return static_cast<float>(sum);
+}
+
+float BoundingBoxAlgo::QuadDistance2(Vector3f const & vertex0, Vector3f const & vertex1,
+                                     Vector3f const & vertex2, Vector3f const & vertex3,
+                                     MatAff4f const & m, Vector3f const & p) {
+    Vector3f const * const vertices[4] = {&vertex0, &vertex1, &vertex2, &vertex3};
+    float best = 0.0f;
+    for (int i = 0; i < 4; ++i) {
+        float q[3];
+        EnhancedMathFunctions::getCurrent()->multAffineMatrixVec3f(q, m.getValue(),
+                                                                   vertices[i]->getValue());
+        double const ex = wide(p.x()) - wide(q[0]);
+        double const ey = wide(p.y()) - wide(q[1]);
+        double const ez = wide(p.z()) - wide(q[2]);
+        double const d = (ez * ez + ey * ey) + ex * ex;
+        // The running best is a float: each candidate is compared with its rounded value.
+        if (i == 0 || d < wide(best))
+            best = static_cast<float>(d);
+    }
+    return best;
+}
