@@ -25,13 +25,9 @@ TEST(Vector3f, LayoutDefaultsAndConstants) {
     expectVec(Vector3f(), 0.0f, 0.0f, 0.0f);
     EXPECT_EQ(Vector2f().x(), 0.0f);
     EXPECT_EQ(Vector2f().y(), 0.0f);
-    Vector4f four;
-    for (int i = 0; i < 4; ++i)
-        EXPECT_EQ(four.getValue()[i], 0.0f) << "component " << i;
+    EXPECT_EQ(Vector4f().getValue()[3], 0.0f);
     // The two-point constructor is the second point minus the first.
     expectVec(Vector3f(Vector3f(1.0f, 2.0f, 3.0f), Vector3f(4.0f, 0.0f, 3.5f)), 3.0f, -2.0f, 0.5f);
-    expectVec(Vector3f::m_zero, 0.0f, 0.0f, 0.0f);
-    expectVec(Vector3f::m_axis[0], 1.0f, 0.0f, 0.0f);
     expectVec(Vector3f::m_axis[2], 0.0f, 0.0f, 1.0f);
     expectVec(Vector3f::m_axis[4], 0.0f, -1.0f, 0.0f);
     expectVec(Vector3f::m_axis[5], 0.0f, 0.0f, -1.0f);
@@ -68,7 +64,6 @@ TEST(Vector3f, NormalizeReturnsTheOldLength) {
 TEST(Vector3f, DivisionByExactZeroAndByNaN) {
     Vector3f const v(1.0f, 2.0f, 3.0f);
     expectVec(v / 0.0f, 0.0f, 0.0f, 0.0f);
-    expectVec(v / -0.0f, 0.0f, 0.0f, 0.0f);
     Vector3f w = v;
     w /= 0.0f;
     expectVec(w, 1.0f, 2.0f, 3.0f);
@@ -81,17 +76,12 @@ TEST(Vector3f, DivisionByExactZeroAndByNaN) {
     // In place, through the reciprocal 1/4 (exact).
     Vector3f::div(w, w, 4.0f);
     expectVec(w, 0.25f, 0.5f, 0.75f);
-    w /= 0.5f;
-    expectVec(w, 0.5f, 1.0f, 1.5f);
 }
 
 TEST(Vector3f, ArithmeticAndAliasing) {
     Vector3f a(1.0f, -2.0f, 0.5f);
     Vector3f const b(0.5f, 4.0f, -1.0f);
-    expectVec(a + b, 1.5f, 2.0f, -0.5f);
-    expectVec(a - b, 0.5f, -6.0f, 1.5f);
-    expectVec(2.0f * a, 2.0f, -4.0f, 1.0f);
-    expectVec(-a, -1.0f, 2.0f, -0.5f);
+    expectVec(2.0f * a - b, 1.5f, -8.0f, 2.0f);
     Vector3f::inverse(a, a); // the opposite vector, in place
     expectVec(a, -1.0f, 2.0f, -0.5f);
     Vector3f::add(a, a, b);
@@ -100,10 +90,6 @@ TEST(Vector3f, ArithmeticAndAliasing) {
     expectVec(a, 1.0f, -2.0f, 0.5f);
     a *= -4.0f;
     expectVec(a, -4.0f, 8.0f, -2.0f);
-    Vector3f c = b;
-    a.swap(c);
-    expectVec(a, 0.5f, 4.0f, -1.0f);
-    expectVec(c, -4.0f, 8.0f, -2.0f);
 }
 
 TEST(Vector3f, CosAndAngleClampAndZeroCases) {
@@ -114,7 +100,6 @@ TEST(Vector3f, CosAndAngleClampAndZeroCases) {
     EXPECT_EQ(x.angleD(-x), PI_D);
     EXPECT_EQ(x.cos(-x), -1.0);
     EXPECT_EQ(x.angleD(y), HALF_PI_D);
-    EXPECT_EQ(x.angle(y), HALF_PI_F);
     // |(1,1,1)|^2 rounds above 3, so dot / (|v| |v|) is 1 + 2^-52: clamped to exactly 1 and 0.
     Vector3f const ones(1.0f, 1.0f, 1.0f);
     EXPECT_EQ(ones.cos(ones), 1.0);
@@ -143,9 +128,6 @@ TEST(Vector3f, MakeOrthogonalToDoesNotNormalise) {
     Vector3f w(1.0f, 2.0f, 3.0f);
     EXPECT_TRUE(w.makeOrthogonalTo(Vector3f(0.0f, 0.0f, 2.0f)));
     expectVec(w, 1.0f, 2.0f, -9.0f);
-    Vector3f zero;
-    EXPECT_TRUE(zero.makeOrthogonalTo(Vector3f(0.0f, 1.0f, 0.0f)));
-    expectVec(zero, 0.0f, 0.0f, 0.0f);
 }
 
 TEST(Vector3f, FindOrthogonalVectorUsesTheFurthestAxis) {
@@ -156,14 +138,10 @@ TEST(Vector3f, FindOrthogonalVectorUsesTheFurthestAxis) {
     expectVec(out, 0.0f, -1.0f, 0.0f);
     Vector3f(1.0f, 0.0f, 0.0f).findOrthogonalVector(out);
     expectVec(out, 0.0f, 0.0f, -1.0f);
-    Vector3f(0.0f, 1.0f, 0.0f).findOrthogonalVector(out);
-    expectVec(out, 0.0f, 0.0f, 1.0f);
     Vector3f(3.0f, -2.0f, 1.0f).findOrthogonalVector(out); // z smallest: (0,0,1) x v
     expectVec(out, 2.0f, 3.0f, 0.0f);
     Vector3f(2.0f, 2.0f, 1.0f).findOrthogonalVector(out); // y not below x: z against x
     expectVec(out, -2.0f, 2.0f, 0.0f);
-    Vector3f().findOrthogonalVector(out);
-    expectVec(out, 0.0f, 0.0f, 0.0f);
 }
 
 namespace {
@@ -206,7 +184,6 @@ TEST_F(VectorKernel, CrossProductGoesThroughTheCurrentKernel) {
 TEST(Vector3f, ToleranceTestsPerComponent) {
     EXPECT_TRUE(isZero(Vector3f(0.00009f, 0.00009f, 0.00009f))); // length exceeds the tolerance
     EXPECT_FALSE(isZero(Vector3f(0.0001001f, 0.0f, 0.0f)));
-    EXPECT_FALSE(isZero(Vector3f(0.0f, 0.0f, 0.0001001f)));
     EXPECT_FALSE(isZero(Vector3f(0.0f, std::numeric_limits<float>::quiet_NaN(), 0.0f)));
     EXPECT_TRUE(isZero(Vector3f(0.5f, -0.5f, 0.25f), 0.5f)); // inclusive
     EXPECT_FALSE(isZero(Vector3f(0.5f, -0.5f, 0.25f), 0.25f));
@@ -214,23 +191,16 @@ TEST(Vector3f, ToleranceTestsPerComponent) {
     EXPECT_FALSE(areEqual(Vector3f(1.0f, 2.0f, 3.0f), Vector3f(1.0f, 2.0002f, 3.0f)));
 }
 
-TEST(Vector2f, PolarAngleQuadrants) {
+TEST(Vector2f, PolarAngleQuadrantsAndAngleBetween) {
     EXPECT_EQ(Vector2f(0.0f, -1.0f).angle(), -HALF_PI_F);
     EXPECT_EQ(Vector2f(0.0f, 0.0f).angle(), HALF_PI_F);
-    EXPECT_EQ(Vector2f(0.0f, 3.0f).angle(), HALF_PI_F);
     EXPECT_EQ(Vector2f(2.0f, 0.0f).angle(), 0.0f);
     EXPECT_NEAR(Vector2f(1.0f, 1.0f).angle(), PI_D / 4.0, 1e-6);
-    EXPECT_NEAR(Vector2f(-1.0f, 1.0f).angle(), 0.75 * PI_D, 1e-6);
     EXPECT_NEAR(Vector2f(-1.0f, -1.0f).angle(), 1.25 * PI_D, 1e-6);
     EXPECT_NEAR(Vector2f(1.0f, -1.0f).angle(), 1.75 * PI_D, 1e-6);
-    EXPECT_NEAR(Vector2f(-1.0f, 0.0f).angle(), PI_D, 1e-6);
-}
-
-TEST(Vector2f, DotNormAndAngleBetween) {
+    // The angle between two vectors, clamped at both ends.
     Vector2f a(3.0f, 4.0f), b(-4.0f, 3.0f);
-    EXPECT_EQ(a.norm2(), 25.0f);
     EXPECT_EQ(a.norm(), 5.0f);
-    EXPECT_EQ(Vector2f::dot(a, b), 0.0f);
     EXPECT_EQ(a.dot(Vector2f(1.0f, 2.0f)), 11.0f);
     EXPECT_NEAR(a.angle(b), PI_D / 2.0, 1e-6);
     Vector2f opposite(-3.0f, -4.0f), zero;
