@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
@@ -12,17 +13,17 @@ EnhancedMathFunctions * kernel() {
     return EnhancedMathFunctions::getCurrent();
 }
 
-constexpr float kSentinel = -12345.0f;
+constexpr float S = -12345.0f; // sentinel: an element the operation must not write
 constexpr float kIdentity[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+constexpr float kSentinels[16] = {S, S, S, S, S, S, S, S, S, S, S, S, S, S, S, S};
 
-void fill(float * m, float v) {
+void expectMat(float const * got, float const * want) {
     for (int i = 0; i < 16; ++i)
-        m[i] = v;
+        EXPECT_EQ(got[i], want[i]) << "element " << i;
 }
 
-void expectUntouched(float const * m, float v) {
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(m[i], v) << i;
+void copy(float * dst, float const * src) {
+    std::copy(src, src + 16, dst);
 }
 
 // Records what the composites hand to the overridden operations.
@@ -64,19 +65,25 @@ protected:
 TEST_F(MatrixInverse, GaussJordanWorkedValues) {
     float d[16];
     EXPECT_TRUE(kernel()->inverseMatrix(d, kIdentity));
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(d[i], kIdentity[i]) << i;
+    expectMat(d, kIdentity);
 
-    // m[0] = 0: regular only with the row exchange. Columns (0, 2, 0, 0) and (4, 0, 0, 0) swap
-    // and scale x and y; the inverse has columns (0, 1/4, 0, 0) and (1/2, 0, 0, 0).
+    // m[0] = 0: regular only with a row exchange. Columns (0, 2) and (4, 0) swap and scale x and
+    // y; the inverse block has columns (0, 1/4) and (1/2, 0), its translation is -(block)(4, 2).
+    // All pivots are powers of two, so the result is exact.
     float const swapXY[16] = {0, 2, 0, 0, 4, 0, 0, 0, 0, 0, 1, 0, 4, 2, 0, 1};
     EXPECT_TRUE(kernel()->inverseMatrix(d, swapXY));
-    // Translation: -(inverse block) (4, 2) = -(1, 1). All pivots are powers of two: exact.
     float const swapWant[16] = {0, 0.25f, 0, 0, 0.5f, 0, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1};
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(d[i], swapWant[i]) << i;
+    expectMat(d, swapWant);
 
-    // A perspective matrix (non-trivial bottom row): m * inverse is the identity, and the same
+    // A shear by 7 inverts to -7 exactly. The pivot search puts 7 first and the elimination works
+    // with 1/7; in float that error survives into the result (-0x1.bffffep+2), at double width it
+    // stays far below a float ulp.
+    float const shear[16] = {1, 0, 0, 0, 7, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    EXPECT_TRUE(kernel()->inverseMatrix(d, shear));
+    float const shearWant[16] = {1, 0, 0, 0, -7, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    expectMat(d, shearWant);
+
+    // A perspective matrix (non-trivial bottom row): p * inverse is the identity, and the same
     // inverse comes back in place.
     float p[16] = {1.5f, 0, 0, 0, 0, 2, 0, 0, 0.25f, 0.5f, -1.2f, -1, 0, 0, -2.2f, 0};
     EXPECT_TRUE(kernel()->inverseMatrix(d, p));
@@ -85,26 +92,12 @@ TEST_F(MatrixInverse, GaussJordanWorkedValues) {
     for (int i = 0; i < 16; ++i)
         EXPECT_NEAR(prod[i], kIdentity[i], 1e-6f) << i;
     EXPECT_TRUE(kernel()->inverseMatrix(p, p));
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(p[i], d[i]) << i;
+    expectMat(p, d);
 
     // A NaN is no zero pivot: the elimination runs on.
-    float n[16] = {NAN, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
+    float const n[16] = {NAN, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     EXPECT_TRUE(kernel()->inverseMatrix(d, n));
     EXPECT_TRUE(std::isnan(d[0]));
-}
-
-TEST_F(MatrixInverse, GaussJordanRoundsOnlyTheResult) {
-    // A shear with 7 above the diagonal inverts to -7 exactly. The pivot search puts 7 first and
-    // works with 1/7, whose float rounding error survives into the result (-0x1.bffffep+2) when
-    // the elimination runs in float; at double width the error stays far below a float ulp.
-    float const shear[16] = {1, 0, 0, 0, 7, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
-    float d[16];
-    EXPECT_TRUE(kernel()->inverseMatrix(d, shear));
-    EXPECT_EQ(d[4], -7.0f);
-    EXPECT_EQ(d[0], 1.0f);
-    EXPECT_EQ(d[5], 1.0f);
-    EXPECT_EQ(d[1], 0.0f);
 }
 
 TEST_F(MatrixInverse, SingularMatrixLeavesDstUntouched) {
@@ -118,95 +111,80 @@ TEST_F(MatrixInverse, SingularMatrixLeavesDstUntouched) {
         {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 0},
     };
     for (auto const & m : singular) {
-        float d[16];
-        fill(d, kSentinel);
+        float d[16], inPlace[16];
+        copy(d, kSentinels);
+        copy(inPlace, m);
         EXPECT_FALSE(kernel()->inverseMatrix(d, m));
-        expectUntouched(d, kSentinel);
-        float inPlace[16];
-        for (int i = 0; i < 16; ++i)
-            inPlace[i] = m[i];
         EXPECT_FALSE(kernel()->inverseMatrix(inPlace, inPlace));
-        for (int i = 0; i < 16; ++i)
-            EXPECT_EQ(inPlace[i], m[i]) << i;
+        expectMat(d, kSentinels);
+        expectMat(inPlace, m);
     }
 }
 
 TEST_F(MatrixInverse, CheapInversesOfKnownForms) {
     // Scale (2, 4, 2^-100) with translation (1, 2, 3): only an exact zero fails.
     float const s[16] = {2, 0, 0, 0, 0, 4, 0, 0, 0, 0, 0x1p-100f, 0, 1, 2, 3, 1};
-    float d[16];
-    fill(d, kSentinel);
-    EXPECT_TRUE(kernel()->inverseScale(d, s));
+    float d[16], m[16];
+    copy(d, kSentinels);
+    EXPECT_TRUE(kernel()->inverseScale(d, s)); // all 16 written, no translation
     float const sWant[16] = {0.5f, 0, 0, 0, 0, 0.25f, 0, 0, 0, 0, 0x1p100f, 0, 0, 0, 0, 1};
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(d[i], sWant[i]) << i;
-    float m[16];
-    for (int i = 0; i < 16; ++i)
-        m[i] = s[i];
+    expectMat(d, sWant);
+    copy(m, s);
     EXPECT_TRUE(kernel()->inverseScale(m)); // the translation stays, unnegated and unscaled
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(m[i], i < 12 ? sWant[i] : s[i]) << i;
+    float const sInPlace[16] = {0.5f, 0, 0, 0, 0, 0.25f, 0, 0, 0, 0, 0x1p100f, 0, 1, 2, 3, 1};
+    expectMat(m, sInPlace);
     m[5] = 0.0f;
-    fill(d, kSentinel);
-    EXPECT_FALSE(kernel()->inverseScale(d, m));
-    expectUntouched(d, kSentinel);
-    float const before[4] = {m[0], m[10], m[12], m[15]};
+    copy(d, m);
     EXPECT_FALSE(kernel()->inverseScale(m));
-    EXPECT_EQ(m[0], before[0]);
-    EXPECT_EQ(m[10], before[1]);
-    EXPECT_EQ(m[12], before[2]);
-    EXPECT_EQ(m[15], before[3]);
+    expectMat(m, d);
+    copy(d, kSentinels);
+    EXPECT_FALSE(kernel()->inverseScale(d, m));
+    expectMat(d, kSentinels);
 
     // A rotation about z by 90 degrees with translation (1, 2, 3).
     float const rt[16] = {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1};
-    fill(d, kSentinel);
     EXPECT_TRUE(kernel()->inverseTranslate(d, rt)); // the rotation part is ignored
     float const tWant[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1};
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(d[i], tWant[i]) << i;
-    for (int i = 0; i < 16; ++i)
-        m[i] = rt[i];
+    expectMat(d, tWant);
+    copy(m, rt);
     EXPECT_TRUE(kernel()->inverseTranslate(m));
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(m[i], i >= 12 && i < 15 ? -rt[i] : rt[i]) << i;
+    float const tInPlace[16] = {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1};
+    expectMat(m, tInPlace);
 
-    // Rigid inverse: block transposed, translation turned back, bottom row not written.
-    fill(d, kSentinel);
+    // Rigid inverse: block transposed, translation -R't, bottom row not written.
+    copy(d, kSentinels);
     EXPECT_TRUE(kernel()->inverseRotateAndTr(d, rt));
-    float const rWant[16] = {0, -1, 0, kSentinel, 1,  0, 0,  kSentinel,
-                             0, 0,  1, kSentinel, -2, 1, -3, kSentinel};
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(d[i], rWant[i]) << i;
+    float const rWant[16] = {0, -1, 0, S, 1, 0, 0, S, 0, 0, 1, S, -2, 1, -3, S};
+    expectMat(d, rWant);
     float prod[16];
     kernel()->multAffineMatrices(prod, d, rt); // d's sentinel bottom row is not read
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(prod[i], kIdentity[i]) << i;
-    fill(d, kSentinel);
+    expectMat(prod, kIdentity);
+    copy(d, kSentinels);
     EXPECT_TRUE(kernel()->inverseRotate(d, rt));
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(d[i], i < 12 && i % 4 != 3 ? rWant[i] : kSentinel) << i;
+    float const rotWant[16] = {0, -1, 0, S, 1, 0, 0, S, 0, 0, 1, S, S, S, S, S};
+    expectMat(d, rotWant);
 }
 
 TEST_F(MatrixInverse, CompositesReachTheCurrentOperationsThroughTheTable) {
     Calls calls;
     (new SpyKernel(calls))->setDefault();
     float d[16];
-    fill(d, kSentinel);
+    copy(d, kSentinels);
     EXPECT_FALSE(kernel()->inverse3(d, kIdentity)); // the override's result comes back
     EXPECT_FALSE(kernel()->inverseAffine(d, kIdentity));
     EXPECT_EQ(calls.inverseMatrix, 2);
     EXPECT_EQ(calls.dst, d);
     EXPECT_EQ(calls.src, kIdentity);
-    expectUntouched(d, kSentinel);
+    expectMat(d, kSentinels);
 
     float const rt[16] = {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1};
     EXPECT_TRUE(kernel()->inverseRotate(d, rt));
     EXPECT_EQ(calls.transposeAffine, 1);
-    expectUntouched(d, kSentinel); // the spy wrote nothing
+    expectMat(d, kSentinels); // the spy wrote nothing
     EXPECT_TRUE(kernel()->inverseRotateAndTr(d, rt));
     EXPECT_EQ(calls.transposeAffine, 2);
     EXPECT_EQ(calls.dst, d);
     EXPECT_EQ(calls.src, rt);
     EXPECT_EQ(calls.dst12AtCall, -2.0f); // the translation is written before the transpose
-    EXPECT_EQ(d[0], kSentinel);
+    EXPECT_EQ(d[0], S);
 }
