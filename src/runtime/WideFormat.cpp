@@ -42,7 +42,7 @@ struct Directive {
     char length[3] = {0, 0, 0};
 };
 
-// Appends the narrow directive for snprintf: flags, "*" and ".*" when given, `length`, `conv`.
+// The narrow directive for snprintf: flags, "*" and ".*" when given, `length`, `conv`.
 std::string narrowSpec(const Directive & d, const char * length, char conv) {
     std::string spec = "%";
     if (d.left)
@@ -61,6 +61,10 @@ std::string narrowSpec(const Directive & d, const char * length, char conv) {
     return spec;
 }
 
+// The narrow directive is not a literal, but it is rebuilt here from the parsed flags, "*.*", a
+// length from a fixed set and a numeric conversion, and `value` has the type that length reads.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
 // Renders one number through snprintf and copies it out. The width and precision always go as
 // "*" arguments; a negative precision means "none" to printf, as -1 means here.
 template <class T>
@@ -81,6 +85,7 @@ void putNumber(Sink & out, const Directive & d, const char * length, char conv, 
     for (int i = 0; i < n; ++i)
         out.put(static_cast<unsigned char>(text[i]));
 }
+#pragma GCC diagnostic pop
 
 // Copies `count` units of text with the padding of `d` (spaces; '0' is not used for text).
 template <class C>

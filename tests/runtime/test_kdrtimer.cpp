@@ -70,66 +70,40 @@ TEST(KDRTimer, TimeBaseIsSetOnceAndShared) {
     EXPECT_GE(second.getElapsedTimeFromReset(), 0.0);
 }
 
-TEST(KDRTimer, LapsAndFindTimeCompareNamesByContents) {
+TEST(KDRTimer, LapsFindTimeByContentsAndResets) {
     KDRTimer timer;
     int index = 7;
-    std::vector<unsigned short> const load = text16::make("load");
-    EXPECT_EQ(timer.m_times.size(), 0);
+    std::vector<unsigned short> const load = text16::make("load"), draw = text16::make("draw"),
+                                      loadAgain = text16::make("load"), empty = text16::make(""),
+                                      prefix = text16::make("loa");
     EXPECT_EQ(timer.findTime(load.data(), index, 0), 0.0);
     EXPECT_EQ(index, -1);
-
-    std::vector<unsigned short> const draw = text16::make("draw");
-    std::vector<unsigned short> const loadAgain = text16::make("load");
-    std::vector<unsigned short> const empty = text16::make("");
     timer.pushTime(draw.data());
     waitALittle();
-    timer.pushTime(load.data());
-    waitALittle();
     timer.pushTime(loadAgain.data());
+    timer.pushTime(load.data());
     timer.pushTime(empty.data());
-    ASSERT_EQ(timer.m_times.size(), 4);
     ASSERT_EQ(timer.m_names.size(), 4);
-    EXPECT_EQ(timer.m_names[1], load.data()); // the pointer is kept, not a copy
-
-    // Another pointer to the same characters finds the first lap of that name.
-    std::vector<unsigned short> const probe = text16::make("load");
-    EXPECT_EQ(timer.findTime(probe.data(), index, 12345), timer.m_times[1]);
+    // Another pointer to the same characters finds the first lap of that name; its time counts
+    // from the time base, not from the reset.
+    EXPECT_EQ(timer.findTime(load.data(), index, 12345), timer.m_times[1]);
     EXPECT_EQ(index, 1);
-    EXPECT_GT(timer.m_times[1], timer.m_resetTime); // since the time base, not since the reset
-    EXPECT_EQ(timer.findTime(empty.data(), index, 0), timer.m_times[3]);
+    EXPECT_GT(timer.m_times[1], timer.m_resetTime);
+    timer.findTime(empty.data(), index, 0);
     EXPECT_EQ(index, 3);
-    std::vector<unsigned short> const prefix = text16::make("loa");
-    std::vector<unsigned short> const longer = text16::make("loads");
     timer.findTime(prefix.data(), index, 0);
     EXPECT_EQ(index, -1);
-    timer.findTime(longer.data(), index, 0);
-    EXPECT_EQ(index, -1);
-}
 
-TEST(KDRTimer, ResetWithANameStartsASeriesAndPlainResetKeepsTheLaps) {
-    KDRTimer timer;
-    std::vector<unsigned short> const lap = text16::make("lap");
-    std::vector<unsigned short> const series = text16::make("series");
-    timer.pushTime(lap.data());
-    waitALittle();
     double const firstOrigin = timer.m_resetTime;
-    timer.reset();
+    timer.reset(); // moves the origin only
     EXPECT_GT(timer.m_resetTime, firstOrigin);
-    EXPECT_EQ(timer.m_times.size(), 1);
-
-    timer.reset(series.data());
-    EXPECT_EQ(timer.m_name, series.data());
+    EXPECT_EQ(timer.m_times.size(), 4);
+    timer.reset(load.data()); // a new series, with room for 15 laps
+    EXPECT_EQ(timer.m_name, load.data());
     EXPECT_EQ(timer.m_times.size(), 0);
     EXPECT_EQ(timer.m_names.size(), 0);
-    // Room for 15 laps is there: the first 15 appends keep the storage where it is.
-    const double * const times = timer.m_times.data();
-    const unsigned short * const * const names = timer.m_names.data();
-    for (int i = 0; i < 15; ++i)
-        timer.pushTime(lap.data());
-    EXPECT_EQ(timer.m_times.data(), times);
-    EXPECT_EQ(timer.m_names.data(), names);
-    timer.pushTime(lap.data()); // 15 is no limit
-    EXPECT_EQ(timer.m_times.size(), 16);
+    EXPECT_GE(timer.m_times.capacity(), 15u);
+    EXPECT_GE(timer.m_names.capacity(), 15u);
 }
 
 TEST_F(KDRTimerPrint, OneLinePerLapInTheFixedFormat) {
@@ -169,12 +143,6 @@ TEST_F(KDRTimerPrint, OneLinePerLapInTheFixedFormat) {
         else
             EXPECT_NE(m[3].str(), m[4].str()) << line; // each lap lies 3 ms after the one before
     }
-    // findTime gives times since the base: minus the origin, the first printed number.
-    int index = -1;
-    double const solve = timer.findTime(names[1].data(), index, 0);
-    EXPECT_EQ(printedLines[1].find(" = " + fixed5(solve - timer.m_resetTime) + "  ["),
-              std::string("1: solve").size() + 1);
-
     // print changes nothing in the timer.
     EXPECT_EQ(timer.m_times, before.m_times);
     EXPECT_EQ(timer.m_names, before.m_names);
