@@ -88,14 +88,12 @@ TEST(RotationConversions, AxisAngleConversions) {
     expectNear(q, {ch, sh, 2 * sh, 2 * sh}, 1e-7f);
     kernel()->axisToQuaternionU(q, a122, 1.0f); // axis of length 3 normalised
     expectNear(q, {ch, sh / 3, 2 * sh / 3, 2 * sh / 3}, 1e-7f);
-    float const tiny[3] = {0.00003f, 0.00004f, 0}, atTol[3] = {1e-4f, 0, 0},
-                above[3] = {2e-4f, 0, 0};
-    for (float const * small : {tiny, atTol}) {
-        kernel()->axisToQuaternionU(q, small, 2.0f); // below 1e-4 (double): the identity
-        expectNear(q, {1, 0, 0, 0}, 0.0f);
-    }
-    kernel()->axisToQuaternionU(q, above, PI_F);
-    expectNear(q, {0, 1, 0, 0}, 1e-7f);
+    float const atTol[3] = {1e-4f, 0, 0},
+                above[3] = {1e-4f, 2.5e-8f, 0};  // |above| = 1.0000000006e-4
+    kernel()->axisToQuaternionU(q, atTol, 2.0f); // the float 1e-4f is below 1e-4: the identity
+    expectNear(q, {1, 0, 0, 0}, 0.0f);
+    kernel()->axisToQuaternionU(q, above, PI_F); // compared unrounded: not the identity
+    expectNear(q, {0, 1, 2.5e-4f, 0}, 1e-6f);
 
     float const id[4] = {1, 0, 0, 0}, minusId[4] = {-1, 0, 0, 0}, pastOne[4] = {1.5f, 0, 0, 1};
     for (float const * s : {id, minusId}) {
