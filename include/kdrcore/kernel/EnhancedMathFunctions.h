@@ -54,20 +54,24 @@ public:
     virtual void setIdentity(float * const dst) const;
     virtual void setZero(float * const dst) const;
 
+    /// @{ Element-wise on all 16 elements; `dst` may be an input.
     virtual void addMatrices(float * const dst, float const * const a, float const * const b) const;
     virtual void subMatrices(float * const dst, float const * const a, float const * const b) const;
     /// dst = a b (b acts first).
     virtual void multMatrices(float * const dst, float const * const a,
                               float const * const b) const;
-    /// dst = (m v) divided by its homogeneous coordinate (v has w = 1).
+    /// dst = (m v) divided by its homogeneous coordinate (v has w = 1); 0, 0, 0 when that
+    /// coordinate is exactly 0. `dst` may be `v`, as in all the vector products.
     virtual void multMatrixVec3f(float * const dst, float const * const m,
                                  float const * const v) const;
     virtual void multMatrixVec4f(float * const dst, float const * const m,
                                  float const * const v) const;
     virtual void multMatrixScalar(float * const dst, float const * const m, float s) const;
+    /// @}
     /// Gauss-Jordan inverse with partial pivoting at double width. False on a singular matrix,
     /// `dst` then untouched.
     virtual bool inverseMatrix(float * const dst, float const * const src) const;
+    /// `dst` may be `src` for neg and abs, never for transpose.
     virtual void neg(float * const dst, float const * const src) const;
     virtual void transpose(float * const dst, float const * const src) const;
     virtual void abs(float * const dst, float const * const src) const;
@@ -80,16 +84,19 @@ public:
     virtual void setRotate(float * const dst, float const * const axis, float angle) const;
     virtual void setProjection(float * const dst, float const * const normal, float d,
                                float const * const dir) const;
-    /// Determinant of the upper-left 3x3 block.
+    /// Determinant of the upper-left 3x3 block (reads m[0..2], m[4..6], m[8..10]).
     virtual float det3(float const * const m) const;
+    /// Affine operations take the bottom row 0, 0, 0, 1 for granted and do not read it.
     virtual void multAffineMatrices(float * const dst, float const * const a,
                                     float const * const b) const;
     virtual void multAffineMatrixVec3f(float * const dst, float const * const m,
                                        float const * const v) const;
     virtual void multAffineMatrixVec3fAsDir(float * const dst, float const * const m,
                                             float const * const v) const;
+    /// Writes dst[0..11] = col row'; dst[12..15] stay as they were.
     virtual void multAffineColRow(float * const dst, float const * const col,
                                   float const * const row) const;
+    /// Writes only the upper-left 3x3 block; the other seven elements stay as they were.
     virtual void transposeAffine(float * const dst, float const * const src) const;
     virtual void multLeftByRotate(float * const dst, float const * const src, float const * axis,
                                   float angle) const;
@@ -105,6 +112,9 @@ public:
     virtual void multRightByTranslate(float * const m, float const * t) const;
     virtual void multLeftByScale(float * const m, float const * s) const;
     virtual void multRightByScale(float * const m, float const * s) const;
+    /// @{ Inverses: the result says whether `dst` (or `m`) now holds the inverse; on failure
+    /// nothing is written. `dst` may be `src`, except for inverseRotate and inverseRotateAndTr,
+    /// which write only the rotation block (and the translation) through transposeAffine.
     virtual bool inverse3(float * const dst, float const * const src) const;
     virtual bool inverseAffine(float * const dst, float const * const src) const;
     virtual bool inverseScale(float * const m) const;
@@ -113,6 +123,7 @@ public:
     virtual bool inverseTranslate(float * const dst, float const * const src) const;
     virtual bool inverseRotate(float * const dst, float const * const src) const;
     virtual bool inverseRotateAndTr(float * const dst, float const * const src) const;
+    /// @}
     virtual void addQuaternions(float * const dst, float const * const a,
                                 float const * const b) const;
     virtual void subQuaternions(float * const dst, float const * const a,
