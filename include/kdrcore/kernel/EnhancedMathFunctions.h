@@ -82,6 +82,8 @@ public:
     virtual void setRotate(float * const dst, float const * const euler) const;
     /// Rotation matrix about `axis` (normalised on the way) by `angle` radians.
     virtual void setRotate(float * const dst, float const * const axis, float angle) const;
+    /// Projection along `dir` onto the plane normal . p + d = 0; `dst` untouched when
+    /// normal . dir is exactly 0.
     virtual void setProjection(float * const dst, float const * const normal, float d,
                                float const * const dir) const;
     /// Determinant of the upper-left 3x3 block (reads m[0..2], m[4..6], m[8..10]).
@@ -98,10 +100,14 @@ public:
                                   float const * const row) const;
     /// Writes only the upper-left 3x3 block; the other seven elements stay as they were.
     virtual void transposeAffine(float * const dst, float const * const src) const;
+    /// dst = R src (Left) or src R (Right), `src` taken as affine; `dst` gets the bottom row
+    /// 0, 0, 0, 1 and must not be `src`.
     virtual void multLeftByRotate(float * const dst, float const * const src, float const * axis,
                                   float angle) const;
     virtual void multRightByRotate(float * const dst, float const * const src, float const * axis,
                                    float angle) const;
+    /// In place: left products turn the translation, right products keep it; the translate and
+    /// scale forms read and write rows 0 to 2 only.
     virtual void multLeftByRotateX(float * const m, float angle) const;
     virtual void multRightByRotateX(float * const m, float angle) const;
     virtual void multLeftByRotateY(float * const m, float angle) const;
