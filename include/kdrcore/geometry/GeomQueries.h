@@ -34,6 +34,7 @@ KDRCORE_API float distancePointPlane(Vector3f const & point, Plane const & plane
 /// Distance from `point` to the segment a b; `foot` is always written. With s = b - a, foot is
 /// `a` when (point - a) . s < TOLERANCE and else `b` when (b - point) . s < TOLERANCE: absolute
 /// bounds on dot products, so on a segment shorter than 0.01 foot is `a` for most points.
+/// `foot` may be `point`.
 KDRCORE_API float distancePointSegment(Vector3f const & point, Vector3f const & a,
                                        Vector3f const & b, Vector3f & foot);
 /// distancePointSegment with a = m_start, b = m_end.
