@@ -130,6 +130,7 @@ public:
     virtual bool inverseRotate(float * const dst, float const * const src) const;
     virtual bool inverseRotateAndTr(float * const dst, float const * const src) const;
     /// @}
+    /// @{ Quaternion sum, difference, Hamilton product and quotient: `dst` may be `a` or `b`.
     virtual void addQuaternions(float * const dst, float const * const a,
                                 float const * const b) const;
     virtual void subQuaternions(float * const dst, float const * const a,
@@ -138,15 +139,24 @@ public:
                                  float const * const b) const;
     virtual void divQuaternionsU(float * const dst, float const * const a,
                                  float const * const b) const;
+    /// @}
+    /// Conjugate and inverses: `dst` may be `q`; the inverse of the zero quaternion is 0, 0, 0, 0.
     virtual void conjugateQuaternion(float * const dst, float const * const q) const;
     virtual void inverseQuaternion(float * const dst, float const * const q) const;
     virtual void inverseQuaternionU(float * const dst, float const * const q) const;
+    /// Turns `v` by `q`; the result is scaled by |q|^2. `dst` may be `v`.
     virtual void applyQuatOn(float * const dst, float const * const q, float const * const v) const;
+    /// Writes only dst[0]; the running sum is rounded to float after each term.
     virtual void dotQuaternions(float * dst, float const * const a, float const * const b) const;
+    /// Interpolations: not divided by sin h, not normalised, `t` not clamped; `dst` may be an
+    /// input.
     virtual void quaternionSLERP(float * const dst, float const * const a, float const * const b,
                                  float t) const;
     virtual void quaternionLERP(float * const dst, float const * const a, float const * const b,
                                 float t) const;
+    /// Conversions: outputs must not overlap inputs; matrix outputs write all 16 elements; the
+    /// `int` results are always 0. The plain forms (axisToQuaternion, axisToMatrix) use the axis
+    /// as given, the U forms normalise it.
     virtual void axisToQuaternion(float * const dst, float const * const axis, float angle) const;
     virtual void axisToQuaternionU(float * const dst, float const * const axis, float angle) const;
     virtual void quaternionToAxis(float * const axis, float * angle, float const * const q) const;
