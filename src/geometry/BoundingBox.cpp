@@ -1,8 +1,11 @@
 // BoundingBox.cpp - box transformation, camera projection of points and boxes, screen tests
 #include "kdrcore/geometry/BoundingBox.h"
 
+#include "kdrcore/geometry/GeomQueries.h"
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Scalar.h"
+
+#include <cmath>
 
 namespace {
 
@@ -101,11 +104,75 @@ struct RectTest {
     }
 };
 
+/// The slabs of the box for the line: for each axis the parameters at the `m_min` and `m_max`
+/// planes, whether each plane was hit, and the range the axis allows.
+struct Slabs {
+    float t[3][2];
+    bool hit[3][2];
+    float tMin, tMax;
+};
+
+inline void clipSlabs(Slabs & s, KDRLine const & line, BoundingBox const & box) {
+    using AxisPlane = _e_geomInfo (*)(float &, KDRLine const &, float, float);
+    static constexpr AxisPlane planeOf[3] = {interLinePlaneYZ, interLinePlaneXZ, interLinePlaneXY};
+    s.tMin = FLOAT_LOWEST;
+    s.tMax = FLOAT_MAX;
+    for (int a = 0; a < 3; ++a) {
+        s.t[a][0] = s.t[a][1] = 0.0f;
+        s.hit[a][0] =
+            planeOf[a](s.t[a][0], line, box.m_min[a], BOX_TOLERANCE) == e_geomIntersection;
+        s.hit[a][1] =
+            planeOf[a](s.t[a][1], line, box.m_max[a], BOX_TOLERANCE) == e_geomIntersection;
+        // A slab the line runs parallel to sets no limit, whether the line is in it or not.
+        if (!s.hit[a][0] || !s.hit[a][1])
+            continue;
+        float const low = s.t[a][0] < s.t[a][1] ? s.t[a][0] : s.t[a][1];
+        float const high = s.t[a][0] < s.t[a][1] ? s.t[a][1] : s.t[a][0];
+        if (low > s.tMin)
+            s.tMin = low;
+        if (high < s.tMax)
+            s.tMax = high;
+    }
+}
+
 /// A rectangle wider than this (the float 0.05f, compared unrounded) is tested corner by corner
 /// for being wholly inside.
 constexpr float WIDE_RECT_WIDTH = 0.05f;
 
 } // namespace
+
+void interLineBoundingBox(float & tMin, float & tMax, KDRLine const & line,
+                          BoundingBox const & box) {
+    Slabs s;
+    clipSlabs(s, line, box);
+    tMin = s.tMin;
+    tMax = s.tMax;
+    if (tMax < tMin)
+        tMin = tMax = 0.0f;
+}
+
+bool interLineBoundingBox(float & tMin, float & tMax, int & faceX, int & faceY, int & faceZ,
+                          KDRLine const & line, BoundingBox const & box) {
+    Slabs s;
+    clipSlabs(s, line, box);
+    tMin = s.tMin;
+    tMax = s.tMax;
+    int * const face[3] = {&faceX, &faceY, &faceZ};
+    faceX = faceY = faceZ = 0;
+    // The entry face: the first plane hit at exactly tMin; x before y before z, m_min first.
+    bool found = false;
+    for (int a = 0; a < 3 && !found; ++a) {
+        for (int side = 0; side < 2 && !found; ++side) {
+            if (s.hit[a][side] && s.t[a][side] == tMin) {
+                *face[a] = side == 0 ? -1 : 1;
+                found = true;
+            }
+        }
+    }
+    if (tMax < tMin)
+        tMin = tMax = 0.0f;
+    return std::fabs(wide(tMax) - wide(tMin)) >= wide(BOX_TOLERANCE);
+}
 
 void BoundingBoxAlgo::transformBBox(BoundingBox & out, BoundingBox const & box,
                                     MatAff4fBase const & m) {

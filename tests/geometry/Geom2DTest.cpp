@@ -1,0 +1,128 @@
+// Intersections, distances and point-in-polygon in the plane.
+#include "kdrcore/geometry/Geom2D.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <vector>
+
+namespace {
+constexpr float S = -77.0f; // sentinel: proves an out-parameter was left alone
+constexpr _e_geomInfo NO = e_geomNoIntersection, YES = e_geomIntersection;
+} // namespace
+
+TEST(Inter2d, LinesAndSegmentsWithParameters) {
+    float out[2] = {S, S}, t1 = S, t2 = S;
+    float const o[2] = {0, 0}, ex[2] = {1, 0}, d1[2] = {2, 0}, d2[2] = {0, 2};
+    // The float nearest 0.0001 lies below the double TOLERANCE: parallel; the next one is not.
+    float const par[2] = {1, 0.0001f}, notPar[2] = {1, std::nextafter(0.0001f, 1.0f)};
+    EXPECT_EQ(inter2dLineLine(out, t1, t2, o, ex, o, par), e_geomParallel);
+    EXPECT_EQ(t1, S);
+    EXPECT_EQ(inter2dLineLine(out, t1, t2, o, ex, o, notPar), YES);
+    // They meet at (2, 0): t1 = 1, the end of the first segment, and t2 = 1/2.
+    float const o2[2] = {2, -1}, o3[2] = {2.5f, -1};
+    EXPECT_EQ(inter2dSegmentSegment(out, t1, t2, o, d1, o2, d2), YES);
+    EXPECT_TRUE(t1 == 1.0f && t2 == 0.5f && out[0] == 2.0f && out[1] == 0.0f);
+    EXPECT_EQ(inter2dSegmentSegment(out, t1, t2, o, d1, o3, d2), NO);
+    EXPECT_TRUE(t1 == 1.25f && out[0] == 2.5f); // written for a miss as well
+    EXPECT_EQ(inter2dSegmentSegment(out, t1, t2, o, d1, o2, d1), e_geomParallel);
+    // The side test against (0, 0)-(1, 0): collinear segments always touch.
+    float const q[4][4] = {{2, 0, 3, 0}, {0.5f, 0, 0.5f, 1}, {0.5f, 0.1f, 0.5f, 1}, {2, -1, 2, 1}};
+    _e_geomInfo const expected[4] = {YES, YES, NO, NO};
+    for (int i = 0; i < 4; ++i)
+        EXPECT_EQ(inter2dSegmentSegment(o, ex, q[i], q[i] + 2), expected[i]) << "case " << i;
+}
+
+TEST(Inter2d, AxisLinesAndSegments) {
+    float const a[2] = {0, 0}, b[2] = {2, 2}, c[2] = {4, 2}, up[2] = {1, 0}, upEnd[2] = {1, 2};
+    float y = S, x = S;
+    for (float at : {0.0f, 1.0f, 2.0f}) {
+        EXPECT_EQ(inter2dSegmentVerticalLine(b, a, at, y), YES); // given right to left
+        EXPECT_EQ(y, at);
+    }
+    y = S;
+    EXPECT_EQ(inter2dSegmentVerticalLine(a, b, 2.5f, y), NO);
+    EXPECT_EQ(inter2dSegmentVerticalLine(up, upEnd, 1, y), e_geomCoincident);
+    EXPECT_EQ(inter2dSegmentVerticalLine(up, upEnd, 1.5f, y), NO);
+    EXPECT_EQ(y, S);
+    EXPECT_EQ(inter2dSegmentHorizontalLine(a, c, 1, x), YES);
+    EXPECT_EQ(x, 2.0f);
+    // Limited ranges: a hit outside is written but refused; the bounds are included.
+    EXPECT_EQ(inter2dSegmentVerticalSegment(a, b, 1.5f, 0, 1, y), NO);
+    EXPECT_EQ(y, 1.5f);
+    EXPECT_EQ(inter2dSegmentVerticalSegment(a, b, 1, 1, 3, y), YES);
+    EXPECT_EQ(inter2dSegmentHorizontalSegment(a, c, 1, 0, 2, x), YES);
+    EXPECT_EQ(inter2dSegmentHorizontalSegment(a, c, 1, 2.5f, 3, x), NO);
+    EXPECT_EQ(inter2dSegmentVerticalSegment(up, upEnd, 1, 5, 6, y), e_geomCoincident);
+}
+
+TEST(Inter2d, SegmentAgainstBoxOutline) {
+    BoundingBox box; // the rectangle (0, 0)-(2, 1); z is not read
+    box.m_min = Vector3f(0, 0, 5);
+    box.m_max = Vector3f(2, 1, -5);
+    struct Case {
+        float a[2], b[2];
+        _e_geomInfo result;
+        bool aIn, bIn;
+    } const cases[] = {
+        {{2, 0.5f}, {3, 0.5f}, YES, true, false},     // an end on the outline is inside
+        {{-1, 0.5f}, {3, 0.5f}, YES, false, false},   // crossing
+        {{-1, 0}, {-2, 1}, NO, false, false},         // both left
+        {{1.5f, -1}, {3, 0.5f}, NO, false, false},    // beside the corner (2, 0)
+        {{0.5f, 0.5f}, {1.5f, 0.5f}, NO, true, true}, // within
+        {{0.5f, 0.5f}, {1.5f, 1}, YES, true, true},   // within, touching the top
+        {{0.5f, 1}, {1.5f, 1}, NO, true, true},       // along a side: coincident
+        {{0, 0.25f}, {0, 0.75f}, NO, true, true},
+    };
+    for (Case const & c : cases) {
+        bool aIn = !c.aIn, bIn = !c.bIn;
+        EXPECT_EQ(inter2dSegmentBBox(c.a, c.b, box, aIn, bIn), c.result) << c.a[0] << "," << c.a[1];
+        EXPECT_TRUE(aIn == c.aIn && bIn == c.bIn) << c.a[0] << "," << c.a[1];
+    }
+}
+
+TEST(Distance2PointSegment2D, ClampsToTheEnds) {
+    float const a[2] = {0, 0}, b[2] = {4, 0}, beyond[2] = {5, 3}, above[2] = {1, 2};
+    float t = S;
+    Vector2f n;
+    EXPECT_EQ(distance2PointSegment2D(t, n, a, b, beyond), 10.0f);
+    EXPECT_TRUE(t == 1.0f && n.x() == 4.0f);
+    EXPECT_EQ(distance2PointSegment2D(t, n, a, b, above), 4.0f);
+    EXPECT_TRUE(t == 0.25f && n.x() == 1.0f);
+    EXPECT_EQ(distance2PointSegment2D(t, n, b, a, beyond), 10.0f); // before the start
+    EXPECT_TRUE(t == 0.0f && n.x() == 4.0f);
+    EXPECT_EQ(distance2PointSegment2D(t, n, b, b, above), 13.0f); // a point-like segment
+    EXPECT_TRUE(t == 0.0f && n.x() == 4.0f);
+}
+
+TEST(PointIn2DPolygon, EvenOddOnAnUpwardRay) {
+    std::vector<Vector3f> const ccw = {{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}};
+    std::vector<Vector2f> const cw = {{0, 1}, {1, 1}, {1, 0}, {0, 0}};
+    // Scrambled storage, visited by index in counter-clockwise order.
+    std::vector<Vector3f> const store3 = {{1, 1, 0}, {0, 0, 0}, {0, 1, 0}, {1, 0, 0}};
+    std::vector<Vector2f> const store2 = {{1, 1}, {0, 0}, {0, 1}, {1, 0}};
+    int const order[4] = {1, 3, 0, 2};
+    float const points[7][2] = {{0.5f, 0.5f}, {0.5f, 1}, {0, 0.5f}, // centre, top, left side
+                                {0.5f, 0},    {1, 0.5f}, {2, 0.5f}, {0.5f, 2}};
+    for (int i = 0; i < 7; ++i) {
+        float const * p = points[i];
+        bool const inside = i < 3; // a vertex at the ray's x counts as left of it
+        EXPECT_EQ(pointIn2DPolygon(p, ccw.data(), ccw.data() + 4), inside) << "point " << i;
+        EXPECT_EQ(pointIn2DPolygon(p, cw.data(), cw.data() + 4), inside) << "point " << i;
+        EXPECT_EQ(pointIn2DPolygon(p, store3.data(), order, order + 4), inside) << "point " << i;
+        EXPECT_EQ(pointIn2DPolygon(p, store2.data(), order, order + 4), inside) << "point " << i;
+    }
+    float const p[2] = {1, 0.5f};
+    EXPECT_FALSE(pointIn2DPolygon(p, ccw.data(), ccw.data())); // no vertex
+    EXPECT_FALSE(pointIn2DPolygon(p, ccw.data(), ccw.data() + 1));
+    std::vector<Vector2f> const two = {{0, 0}, {2, 1}}; // the two edges cancel
+    EXPECT_FALSE(pointIn2DPolygon(p, two.data(), two.data() + 2));
+    // Directly below a triangle's apex, at the apex's x: the apex must count once.
+    std::vector<Vector2f> const tri = {{0, 0}, {2, 0}, {1, 2}};
+    EXPECT_TRUE(pointIn2DPolygon(p, tri.data(), tri.data() + 3));
+    // The square traversed twice is doubly wound: outside.
+    std::vector<Vector3f> twice(ccw);
+    twice.insert(twice.end(), ccw.begin(), ccw.end());
+    EXPECT_FALSE(pointIn2DPolygon(points[0], twice.data(), twice.data() + 8));
+    EXPECT_FALSE(pointInTriangle({0.5f, 0.5f, 0}, {0, 0, 0}, {1, 0, 0}, {0, 1, 0}));
+}
