@@ -15,10 +15,10 @@ inline EnhancedMathFunctions * kernel() {
 }
 } // namespace
 
-// Constant data: the constexpr constructor makes this a constant initialisation, with no code
+// Constant data: constinit, through the constexpr constructor, so no code
 // run at load time.
-const Mat4fBase Mat4fBase::m_identity(1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f,
-                                      1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f);
+constinit const Mat4fBase Mat4fBase::m_identity(1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f, 0.0f, 0.0f,
+                                                0.0f, 0.0f, 1.0f, 0.0f, 0.0f, 0.0f, 0.0f, 1.0f);
 
 // ---- Mat4fBase ----
 
