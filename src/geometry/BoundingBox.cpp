@@ -115,23 +115,30 @@ struct Slabs {
 inline void clipSlabs(Slabs & s, KDRLine const & line, BoundingBox const & box) {
     using AxisPlane = _e_geomInfo (*)(float &, KDRLine const &, float, float);
     static constexpr AxisPlane planeOf[3] = {interLinePlaneYZ, interLinePlaneXZ, interLinePlaneXY};
-    s.tMin = FLOAT_LOWEST;
-    s.tMax = FLOAT_MAX;
+    float low[3], high[3];
     for (int a = 0; a < 3; ++a) {
         s.t[a][0] = s.t[a][1] = 0.0f;
         s.hit[a][0] =
             planeOf[a](s.t[a][0], line, box.m_min[a], BOX_TOLERANCE) == e_geomIntersection;
         s.hit[a][1] =
             planeOf[a](s.t[a][1], line, box.m_max[a], BOX_TOLERANCE) == e_geomIntersection;
-        // A slab the line runs parallel to sets no limit, whether the line is in it or not.
-        if (!s.hit[a][0] || !s.hit[a][1])
-            continue;
-        float const low = s.t[a][0] < s.t[a][1] ? s.t[a][0] : s.t[a][1];
-        float const high = s.t[a][0] < s.t[a][1] ? s.t[a][1] : s.t[a][0];
-        if (low > s.tMin)
-            s.tMin = low;
-        if (high < s.tMax)
-            s.tMax = high;
+        if (s.hit[a][0] && s.hit[a][1]) {
+            bool const minFirst = s.t[a][0] < s.t[a][1];
+            low[a] = minFirst ? s.t[a][0] : s.t[a][1];
+            high[a] = minFirst ? s.t[a][1] : s.t[a][0];
+        } else {
+            // A slab the line runs parallel to sets no limit, whether the line is in it or not.
+            low[a] = FLOAT_LOWEST;
+            high[a] = FLOAT_MAX;
+        }
+    }
+    s.tMin = low[0];
+    s.tMax = high[0];
+    for (int a = 1; a < 3; ++a) {
+        if (low[a] > s.tMin)
+            s.tMin = low[a];
+        if (high[a] < s.tMax)
+            s.tMax = high[a];
     }
 }
 
