@@ -190,7 +190,7 @@ TEST(MatrixFamily, EqualsTestsAKnownTooLargeDifference) {
     EXPECT_FALSE(p.equals(q, 0.0f));
     for (int i : {0, 6, 9, 12, 14}) {
         MatAff4f r;
-        r.getValue()[i] -= 0.5f;
+        r.getValue()[i] += i % 2 == 0 ? 0.5f : -0.5f; // differences of both signs
         EXPECT_TRUE(p.equalsAff(r, 0.5f) && !p.equalsAff(r, 0.4f)) << "element " << i;
     }
     // testFiniteAndNAN looks at all 16 elements.
