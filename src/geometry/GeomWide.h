@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-namespace kdrcore::detail {
+namespace kdrcore::geomwide {
 
 inline double wide(float v) {
     return static_cast<double>(v);
@@ -52,6 +52,6 @@ inline Vector3f kernelCross(Vector3f const & a, Vector3f const & b) {
     return out;
 }
 
-} // namespace kdrcore::detail
+} // namespace kdrcore::geomwide
 
 #endif // KDRCORE_SRC_GEOMETRY_GEOMWIDE_H

@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-using namespace kdrcore::detail;
+using namespace kdrcore::geomwide;
 
 namespace {
 // The one rule of KDRLine::setDir and Plane::setNormal: `target` takes `v` scaled to unit length
