@@ -99,6 +99,14 @@ def check_small_scene(tmp):
     dashed = sum(1 for rect in rects if rect.get("stroke-dasharray"))
     check(dashed == 2, "the two straddling boxes are dashed, got %d" % dashed)
 
+    # Extents far off the screen (box 4's reach past every edge) are clipped into the picture.
+    total_w, total_h = float(root.get("width")), float(root.get("height"))
+    for rect in rects:
+        x, y, w, h = (float(rect.get(k)) for k in ("x", "y", "width", "height"))
+        check(all(math.isfinite(v) for v in (x, y, w, h)) and 0 <= x and x + w <= total_w
+              and 0 <= y and y + h <= total_h and w >= 0 and h >= 0,
+              "shape inside the picture: %s" % rect.attrib)
+
     viewport = root.find(".//%srect[@id='viewport']" % SVG_NS)
     pick = root.find(".//%srect[@id='pick']" % SVG_NS)
     check(viewport is not None and pick is not None, "viewport and pick rectangle drawn")
