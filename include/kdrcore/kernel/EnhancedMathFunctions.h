@@ -180,9 +180,10 @@ public:
     virtual void jacobi3(float * const values, float (*const vectors)[3], int & rotations,
                          float const * const m) const;
 
-    /// Splits the affine matrix `m` (bottom row not read) into `T u r' S r`: rotation frame `r`,
-    /// stretches `s` (3 floats), rotation `u`, translation `t` (3 floats), `p` the identity. False
-    /// when the upper-left block is singular: then only `t` and `p` are written.
+    /// Splits the affine matrix `m` (bottom row not read) into T u transpose(r) S r: rotation
+    /// frame `r`, stretches `s` (3 floats, all negative for a mirror), rotation `u`, translation
+    /// `t` (3 floats), `p` the identity. False when the upper-left block is singular (absolute
+    /// determinant below 1e-12): then only `t` and `p` are written.
     bool factor(float * const r, float * const s, float * const u, float * const t, float * const p,
                 float const * const m) const;
 
