@@ -1,119 +1,141 @@
-// The current-kernel mechanism and the simplest operations of the kernel.
-#include "kdrcore/kernel/EnhancedMathFunctions.h"
+// The current-kernel mechanism, the simplest operations, and the calling web: which operations
+// each composite reaches through the table.
+#include "kernel/KernelTestSupport.h"
 
-#include <gtest/gtest.h>
-
+#include <functional>
 #include <string>
-#include <vector>
+
+using namespace ktest;
 
 namespace {
 
-std::vector<std::string> g_events;
+std::string g_events;
 
 // A kernel that reports its reference hooks and its destruction.
 class TracingKernel : public EnhancedMathFunctions {
 public:
-    explicit TracingKernel(std::string name) : m_name(std::move(name)) {}
+    explicit TracingKernel(char name) : m_name(name) {}
 
 protected:
-    void ref() override { g_events.push_back(m_name + ".ref"); }
+    void ref() override { g_events += std::string(1, m_name) + ".ref "; }
     void unref() override {
-        g_events.push_back(m_name + ".unref");
+        g_events += std::string(1, m_name) + ".unref ";
         EnhancedMathFunctions::unref();
     }
-    ~TracingKernel() override { g_events.push_back(m_name + ".destroyed"); }
+    ~TracingKernel() override { g_events += std::string(1, m_name) + ".destroyed "; }
 
 private:
-    std::string m_name;
+    char m_name;
 };
 
 class KernelFrame : public ::testing::Test {
 protected:
-    void TearDown() override {
-        (new EnhancedMathFunctions())->setDefault();
-        g_events.clear();
-    }
+    void TearDown() override { (new EnhancedMathFunctions())->setDefault(); }
 };
 
-TEST_F(KernelFrame, CurrentKernelExistsAndIsStable) {
+TEST_F(KernelFrame, SetDefaultRefsTheNewKernelBeforeReleasingTheOld) {
     EnhancedMathFunctions * first = EnhancedMathFunctions::getCurrent();
     ASSERT_NE(first, nullptr);
     EXPECT_EQ(EnhancedMathFunctions::getCurrent(), first);
-}
 
-TEST_F(KernelFrame, SetDefaultRefsTheNewKernelBeforeReleasingTheOld) {
-    auto * a = new TracingKernel("a");
+    auto * a = new TracingKernel('a');
     a->setDefault();
-    EXPECT_EQ(EnhancedMathFunctions::getCurrent(), a);
+    auto * b = new TracingKernel('b');
     g_events.clear();
-
-    auto * b = new TracingKernel("b");
     b->setDefault();
     EXPECT_EQ(EnhancedMathFunctions::getCurrent(), b);
-    EXPECT_EQ(g_events, (std::vector<std::string>{"b.ref", "a.unref", "a.destroyed"}));
+    EXPECT_EQ(g_events, "b.ref a.unref a.destroyed ");
+    // Installing the current kernel again must not let it die (AddressSanitizer would see it).
+    b->setDefault();
+    EXPECT_EQ(g_events, "b.ref a.unref a.destroyed ");
+    EXPECT_EQ(EnhancedMathFunctions::getCurrent(), b);
+    EXPECT_EQ(b->det2(1, 2, 3, 4), -2.0f);
 }
 
-TEST_F(KernelFrame, SetDefaultOnTheCurrentKernelKeepsItAlive) {
-    auto * a = new TracingKernel("a");
-    a->setDefault();
-    g_events.clear();
-    a->setDefault();
-    EXPECT_TRUE(g_events.empty());
-    EXPECT_EQ(EnhancedMathFunctions::getCurrent(), a);
-    float m[16];
-    a->setIdentity(m); // still a live object (AddressSanitizer would say otherwise)
-    EXPECT_EQ(m[15], 1.0f);
-}
-
-TEST_F(KernelFrame, NonVirtualArithmeticRunsAtDoubleWidth) {
-    EnhancedMathFunctions const & k = *EnhancedMathFunctions::getCurrent();
+TEST(KernelFrameOps, NonVirtualArithmeticRunsAtDoubleWidth) {
     // (1 + 2^-12)^2 - 1 = 2^-11 + 2^-24: in float the square would lose its last term.
     float const x = 1.0f + 0x1p-12f;
-    EXPECT_EQ(k.det2(x, 1.0f, 1.0f, x), 0x1p-11f + 0x1p-24f);
-
-    float const a[3] = {1.0f, 2.0f, 3.0f}, b[3] = {4.0f, 5.0f, 6.0f}, c[3] = {7.0f, 8.0f, 10.0f};
-    EXPECT_EQ(k.det3(a, b, c), -3.0);
-    EXPECT_EQ(k.det3(a, b, a), 0.0);
-    EXPECT_EQ(k.dot3(a, b), 32.0f);
+    EXPECT_EQ(kernel().det2(x, 1.0f, 1.0f, x), 0x1p-11f + 0x1p-24f);
+    float const a[3] = {1, 2, 3}, b[3] = {4, 5, 6}, c[3] = {7, 8, 10};
+    EXPECT_EQ(kernel().det3(a, b, c), -3.0);
+    EXPECT_EQ(kernel().det3(a, b, a), 0.0);
+    EXPECT_EQ(kernel().dot3(a, b), 32.0f);
 }
 
-TEST_F(KernelFrame, SimplestOperationsWriteWhatTheySay) {
-    EnhancedMathFunctions const & k = *EnhancedMathFunctions::getCurrent();
-    float m[16];
-    for (float & v : m)
-        v = 7.0f;
-    k.setIdentity(m);
+TEST(KernelFrameOps, SimplestOperationsWriteWhatTheySay) {
+    float m[16], src[16];
     for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(m[i], (i == 0 || i == 5 || i == 10 || i == 15) ? 1.0f : 0.0f) << "index " << i;
-    k.setZero(m);
+        m[i] = S, src[i] = static_cast<float>(i) - 4.5f;
+    kernel().setIdentity(m);
+    expectNear(m, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    kernel().setZero(m);
+    expectNear(m, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
+    float * copy = kernel().getMat4fCopy(src);
+    kernel().copyMat4fTo(m, src);
     for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(m[i], 0.0f) << "index " << i;
-
-    float src[16];
-    for (int i = 0; i < 16; ++i)
-        src[i] = static_cast<float>(i) - 4.5f;
-    float * copy = k.getMat4fCopy(src);
-    k.copyMat4fTo(m, src);
-    for (int i = 0; i < 16; ++i) {
-        EXPECT_EQ(copy[i], src[i]);
-        EXPECT_EQ(m[i], src[i]);
-    }
+        EXPECT_TRUE(copy[i] == src[i] && m[i] == src[i]) << "element " << i;
     delete[] copy;
 
-    float const x[3] = {1.0f, 0.0f, 0.0f}, y[3] = {0.0f, 1.0f, 0.0f};
-    float v[4] = {9.0f, 9.0f, 9.0f, 9.0f};
-    k.cross(v, x, y);
-    EXPECT_EQ(v[0], 0.0f);
-    EXPECT_EQ(v[1], 0.0f);
-    EXPECT_EQ(v[2], 1.0f);
-    EXPECT_EQ(v[3], 9.0f);
-    k.cross(v, src, src);
-    EXPECT_EQ(v[0], 0.0f);
-    EXPECT_EQ(v[1], 0.0f);
-    EXPECT_EQ(v[2], 0.0f);
-    k.copyVec3fTo(v, x);
-    EXPECT_EQ(v[0], 1.0f);
-    EXPECT_EQ(v[3], 9.0f);
+    float const x[3] = {1, 0, 0}, y[3] = {0, 1, 0};
+    float v[4] = {S, S, S, S};
+    kernel().cross(v, x, y);
+    expectNear(v, {0, 0, 1, S});
+    kernel().cross(v, src, src);
+    expectNear(v, {0, 0, 0, S});
+    kernel().copyVec3fTo(v, y);
+    expectNear(v, {0, 1, 0, S});
+}
+
+TEST(KernelFrameOps, CompositesReachTheirStepsThroughTheTable) {
+    RecordingKernel k;
+    float m[16], n[16], r[16], u[16], p[16], q[4], e[3], axis[3], angle, s[3], t[3];
+    float vals[3], vecs[3][3], zero[16] = {};
+    float const id[4] = {1, 0, 0, 0}, v[3] = {0, 0, 1}, euler[3] = {0.1f, 0.2f, 0.3f};
+    int rotations;
+    k.setIdentity(n);
+    std::string const rotate = "axisToQuaternionU quaternionToMatrix ";
+    struct Case {
+        std::function<void()> call;
+        std::string want;
+    } const cases[] = {
+        {[&] { k.axisToMatrix(m, v, 1.0f); }, "axisToQuaternion quaternionToMatrix "},
+        {[&] { EXPECT_EQ(k.matrixToAxis(axis, &angle, n), 0); },
+         "RotMatrixToQuaternion quaternionToAxis "},
+        {[&] { k.setRotate(m, v, 1.0f); }, rotate},
+        {[&] { k.setRotate(m, euler); }, "eulerToMatrix "},
+        {[&] { k.setProjection(m, v, 1.0f, v); }, "multAffineColRow "},
+        {[&] { k.multLeftByRotate(m, n, v, 1.0f); }, rotate + "multAffineMatrices "},
+        {[&] { k.multRightByRotate(m, n, v, 1.0f); }, rotate + "multAffineMatrices "},
+        {[&] { k.inverse3(m, n), k.inverseAffine(m, n); }, "inverseMatrix inverseMatrix "},
+        {[&] { k.inverseRotate(m, n), k.inverseRotateAndTr(m, n); },
+         "transposeAffine transposeAffine "},
+        {[&] { k.inverseQuaternion(q, id), k.inverseQuaternionU(q, id); },
+         "conjugateQuaternion conjugateQuaternion "},
+        {[&] { k.inverseQuaternion(q, zero); }, ""}, // the zero quaternion stops before
+        {[&] { k.applyQuatOn(axis, id, v); }, "cross "},
+        {[&] { k.quaternionToEuler(e, id); }, "quaternionToMatrix matrixToEuler "},
+        {[&] { k.quaternionLERP(q, id, id, 0.5f), k.quaternionSLERP(q, id, id, 0.5f); },
+         "dotQuaternions dotQuaternions "},
+        {[&] { EXPECT_TRUE(k.factor(r, s, u, t, p, n)); },
+         "copyMat4fTo setIdentity det3 transpose multMatrices jacobi3 setIdentity transpose "
+         "multMatrices multMatrices multMatrices "},
+        {[&] { EXPECT_FALSE(k.factor(r, s, u, t, p, zero)); },
+         "copyMat4fTo setIdentity det3 "}, // a singular block stops after the determinant
+        // Leaves call nothing of the table: only the logged ones called here appear.
+        {[&] {
+             k.setScale(m, v), k.setTranslate(m, v), k.multLeftByRotateX(m, 1.0f);
+             k.multRightByRotateZ(m, 1.0f), k.multRightByTranslate(m, v), k.multLeftByScale(m, v);
+             k.inverseScale(m, n), k.inverseTranslate(m, n), k.eulerToQuaternion(q, euler);
+             k.axisToQuaternion(q, v, 1.0f), k.RotMatrixToQuaternion(q, n);
+             k.jacobi3(vals, vecs, rotations, n), k.multMatrices(m, n, n);
+         },
+         "axisToQuaternion RotMatrixToQuaternion jacobi3 multMatrices "},
+    };
+    for (std::size_t i = 0; i < sizeof cases / sizeof cases[0]; ++i) {
+        k.log.clear();
+        cases[i].call();
+        EXPECT_EQ(k.log, cases[i].want) << "case " << i;
+    }
 }
 
 } // namespace

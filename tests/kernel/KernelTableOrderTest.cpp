@@ -22,13 +22,9 @@ template <typename F> long slotOf(F f) {
     std::memcpy(words, &f, sizeof words);
     long const slotSize = static_cast<long>(sizeof(void *));
 #if defined(__arm__) || defined(__aarch64__)
-    if ((words[1] & 1) == 0)
-        return -1;
-    return static_cast<long>(words[0]) / slotSize;
+    return (words[1] & 1) == 0 ? -1 : static_cast<long>(words[0]) / slotSize;
 #else
-    if ((words[0] & 1) == 0)
-        return -1;
-    return static_cast<long>(words[0] - 1) / slotSize;
+    return (words[0] & 1) == 0 ? -1 : static_cast<long>(words[0] - 1) / slotSize;
 #endif
 }
 
@@ -47,108 +43,61 @@ struct Entry {
     long slot;
 };
 
-#define KDR_SLOT(name, type)                                                                       \
-    { #name, slotOf(static_cast <type>(&K::name)) }
+// Overloaded names are picked by their signature.
+// clang-format off
+using Det = float (K::*)(float const *) const;
+using Dst = void (K::*)(float *, float const *) const;
+using Dst3 = void (K::*)(float *, float const *, float) const;
+using Inv1 = bool (K::*)(float *) const;
+using Inv2 = bool (K::*)(float *, float const *) const;
+using Sqrt1 = float (K::*)(float) const;
+using Sqrt2 = float (K::*)(float, int) const;
+using Det3v = double (K::*)(float const *, float const *, float const *) const;
+#define E(name) {#name, slotOf(&K::name)}
+#define P(name) {#name, Probe::name##Slot()}
+#define O(name, type) {#name " " #type, slotOf(static_cast<type>(&K::name))}
+// clang-format on
 
 TEST(KernelTable, OperationsKeepTheirPublishedOrder) {
+    // In slot order.
+    // clang-format off
     Entry const table[] = {
-        KDR_SLOT(getMat4fCopy, float * (K::*)(float const *) const),
-        KDR_SLOT(copyMat4fTo, void(K::*)(float *, float const *) const),
-        KDR_SLOT(copyVec3fTo, void(K::*)(float *, float const *) const),
-        KDR_SLOT(cross, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(setIdentity, void(K::*)(float *) const),
-        KDR_SLOT(setZero, void(K::*)(float *) const),
-        KDR_SLOT(addMatrices, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(subMatrices, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multMatrices, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multMatrixVec3f, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multMatrixVec4f, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multMatrixScalar, void(K::*)(float *, float const *, float) const),
-        KDR_SLOT(inverseMatrix, bool(K::*)(float *, float const *) const),
-        KDR_SLOT(neg, void(K::*)(float *, float const *) const),
-        KDR_SLOT(transpose, void(K::*)(float *, float const *) const),
-        KDR_SLOT(abs, void(K::*)(float *, float const *) const),
-        KDR_SLOT(det4, float(K::*)(float const *) const),
-        KDR_SLOT(setScale, void(K::*)(float *, float const *) const),
-        KDR_SLOT(setTranslate, void(K::*)(float *, float const *) const),
-        KDR_SLOT(setRotate, void(K::*)(float *, float const *) const),
-        KDR_SLOT(setRotate, void(K::*)(float *, float const *, float) const),
-        KDR_SLOT(setProjection, void(K::*)(float *, float const *, float, float const *) const),
-        KDR_SLOT(det3, float(K::*)(float const *) const),
-        KDR_SLOT(multAffineMatrices, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multAffineMatrixVec3f, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multAffineMatrixVec3fAsDir,
-                 void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multAffineColRow, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(transposeAffine, void(K::*)(float *, float const *) const),
-        KDR_SLOT(multLeftByRotate, void(K::*)(float *, float const *, float const *, float) const),
-        KDR_SLOT(multRightByRotate, void(K::*)(float *, float const *, float const *, float) const),
-        KDR_SLOT(multLeftByRotateX, void(K::*)(float *, float) const),
-        KDR_SLOT(multRightByRotateX, void(K::*)(float *, float) const),
-        KDR_SLOT(multLeftByRotateY, void(K::*)(float *, float) const),
-        KDR_SLOT(multRightByRotateY, void(K::*)(float *, float) const),
-        KDR_SLOT(multLeftByRotateZ, void(K::*)(float *, float) const),
-        KDR_SLOT(multRightByRotateZ, void(K::*)(float *, float) const),
-        KDR_SLOT(multLeftByTranslate, void(K::*)(float *, float const *) const),
-        KDR_SLOT(multRightByTranslate, void(K::*)(float *, float const *) const),
-        KDR_SLOT(multLeftByScale, void(K::*)(float *, float const *) const),
-        KDR_SLOT(multRightByScale, void(K::*)(float *, float const *) const),
-        KDR_SLOT(inverse3, bool(K::*)(float *, float const *) const),
-        KDR_SLOT(inverseAffine, bool(K::*)(float *, float const *) const),
-        KDR_SLOT(inverseScale, bool(K::*)(float *) const),
-        KDR_SLOT(inverseScale, bool(K::*)(float *, float const *) const),
-        KDR_SLOT(inverseTranslate, bool(K::*)(float *) const),
-        KDR_SLOT(inverseTranslate, bool(K::*)(float *, float const *) const),
-        KDR_SLOT(inverseRotate, bool(K::*)(float *, float const *) const),
-        KDR_SLOT(inverseRotateAndTr, bool(K::*)(float *, float const *) const),
-        KDR_SLOT(addQuaternions, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(subQuaternions, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(multQuaternions, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(divQuaternionsU, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(conjugateQuaternion, void(K::*)(float *, float const *) const),
-        KDR_SLOT(inverseQuaternion, void(K::*)(float *, float const *) const),
-        KDR_SLOT(inverseQuaternionU, void(K::*)(float *, float const *) const),
-        KDR_SLOT(applyQuatOn, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(dotQuaternions, void(K::*)(float *, float const *, float const *) const),
-        KDR_SLOT(quaternionSLERP, void(K::*)(float *, float const *, float const *, float) const),
-        KDR_SLOT(quaternionLERP, void(K::*)(float *, float const *, float const *, float) const),
-        KDR_SLOT(axisToQuaternion, void(K::*)(float *, float const *, float) const),
-        KDR_SLOT(axisToQuaternionU, void(K::*)(float *, float const *, float) const),
-        KDR_SLOT(quaternionToAxis, void(K::*)(float *, float *, float const *) const),
-        KDR_SLOT(quaternionToMatrix, void(K::*)(float *, float const *) const),
-        KDR_SLOT(RotMatrixToQuaternion, int(K::*)(float *, float const *) const),
-        KDR_SLOT(eulerToQuaternion, void(K::*)(float *, float const *) const),
-        KDR_SLOT(quaternionToEuler, void(K::*)(float *, float const *) const),
-        KDR_SLOT(eulerToMatrix, void(K::*)(float *, float const *) const),
-        KDR_SLOT(matrixToEuler, int(K::*)(float *, float const *) const),
-        KDR_SLOT(axisToMatrix, void(K::*)(float *, float const *, float) const),
-        KDR_SLOT(matrixToAxis, int(K::*)(float *, float *, float const *) const),
-        KDR_SLOT(invSqrt, float(K::*)(float, int) const),
-        KDR_SLOT(invSqrt, float(K::*)(float) const),
-        KDR_SLOT(msqrt, float(K::*)(float, int) const),
-        KDR_SLOT(msqrt, float(K::*)(float) const),
-        KDR_SLOT(jacobi3, void(K::*)(float *, float(*)[3], int &, float const *) const),
-        {"ref", Probe::refSlot()},
-        {"unref", Probe::unrefSlot()},
+        E(getMat4fCopy), E(copyMat4fTo), E(copyVec3fTo), E(cross), E(setIdentity), E(setZero),
+        E(addMatrices), E(subMatrices), E(multMatrices), E(multMatrixVec3f), E(multMatrixVec4f),
+        E(multMatrixScalar), E(inverseMatrix), E(neg), E(transpose), E(abs), E(det4), E(setScale),
+        E(setTranslate), O(setRotate, Dst), O(setRotate, Dst3), E(setProjection), O(det3, Det),
+        E(multAffineMatrices), E(multAffineMatrixVec3f), E(multAffineMatrixVec3fAsDir),
+        E(multAffineColRow), E(transposeAffine), E(multLeftByRotate), E(multRightByRotate),
+        E(multLeftByRotateX), E(multRightByRotateX), E(multLeftByRotateY), E(multRightByRotateY),
+        E(multLeftByRotateZ), E(multRightByRotateZ), E(multLeftByTranslate),
+        E(multRightByTranslate), E(multLeftByScale), E(multRightByScale), E(inverse3),
+        E(inverseAffine), O(inverseScale, Inv1), O(inverseScale, Inv2), O(inverseTranslate, Inv1),
+        O(inverseTranslate, Inv2), E(inverseRotate), E(inverseRotateAndTr), E(addQuaternions),
+        E(subQuaternions), E(multQuaternions), E(divQuaternionsU), E(conjugateQuaternion),
+        E(inverseQuaternion), E(inverseQuaternionU), E(applyQuatOn), E(dotQuaternions),
+        E(quaternionSLERP), E(quaternionLERP), E(axisToQuaternion), E(axisToQuaternionU),
+        E(quaternionToAxis), E(quaternionToMatrix), E(RotMatrixToQuaternion), E(eulerToQuaternion),
+        E(quaternionToEuler), E(eulerToMatrix), E(matrixToEuler), E(axisToMatrix), E(matrixToAxis),
+        O(invSqrt, Sqrt2), O(invSqrt, Sqrt1), O(msqrt, Sqrt2), O(msqrt, Sqrt1), E(jacobi3), P(ref),
+        P(unref),
     };
+    // clang-format on
     long const count = static_cast<long>(sizeof table / sizeof table[0]);
     ASSERT_EQ(count, 77);
     for (long i = 0; i < count; ++i)
         EXPECT_EQ(table[i].slot, i) << table[i].name;
-
-    // The virtual destructor comes last, in its two slots (complete and deleting): nothing of the
-    // base table follows it.
+    // The virtual destructor comes last, in its two slots (complete and deleting).
     EXPECT_EQ(Probe::appendedSlot(), count + 2);
 
     // The arithmetic outside the table stays non-virtual.
     EXPECT_EQ(slotOf(&K::det2), -1);
-    EXPECT_EQ(slotOf(static_cast<double (K::*)(float const *, float const *, float const *) const>(
-                  &K::det3)),
-              -1);
+    EXPECT_EQ(slotOf(static_cast<Det3v>(&K::det3)), -1);
     EXPECT_EQ(slotOf(&K::dot3), -1);
     EXPECT_EQ(slotOf(&K::factor), -1);
 }
 
-#undef KDR_SLOT
+#undef E
+#undef O
+#undef P
 
 } // namespace
