@@ -4,10 +4,6 @@
 #include <bit>
 #include <cstdint>
 
-using namespace ktest;
-
-namespace {
-
 TEST(FastSqrt, SeedsComeFromTheTable) {
     // The lower end of each documented interval gives a seed whose mantissa is the table entry
     // and whose exponent field is (380 - e) / 2. Entry 64 (the argument 1) is the exception 255.
@@ -54,5 +50,3 @@ TEST(FastSqrt, ErrorBoundsHoldOverAllNormalFloats) {
     EXPECT_LE(worst[1], 1.0e-4);
     EXPECT_LE(worst[2], 1.4e-8 + 0x1p-24); // rounded to float on return
 }
-
-} // namespace

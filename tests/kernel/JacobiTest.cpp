@@ -1,10 +1,6 @@
 // The Jacobi eigen-solver and the polar factorisation built on it.
 #include "kernel/KernelTestSupport.h"
 
-#include <limits>
-
-using namespace ktest;
-
 namespace {
 
 // The upper-left block of `m` is orthonormal with determinant +1.
@@ -78,14 +74,6 @@ struct Factors {
     }
 };
 
-TEST(PolarFactor, IdentityFactorsIntoIdentities) {
-    Factors const f(diagonal(1, 1, 1));
-    FMat const id = toFloats(diagonal(1, 1, 1));
-    EXPECT_TRUE(f.ok && f.r == id && f.u == id && f.p == id);
-    expectNear(f.s, {1, 1, 1});
-    expectNear(f.t, {0, 0, 0});
-}
-
 TEST(PolarFactor, RebuildsTurnedStretchesAndCarriesMirrorsInTheStretch) {
     // R1 S R2, moved by 1, -2, 3, with a perspective bottom row that must be ignored. T u r' S r
     // rebuilds it; a mirror is carried by the stretches, all three negative.
@@ -101,13 +89,8 @@ TEST(PolarFactor, RebuildsTurnedStretchesAndCarriesMirrorsInTheStretch) {
         Mat const r = toDoubles(f.r.data()), u = toDoubles(f.u.data());
         expectRotation(r, "r");
         expectRotation(u, "u");
-        float got[3];
-        for (int i = 0; i < 3; ++i) {
-            got[i] = std::fabs(f.s[i]);
-            EXPECT_EQ(f.s[i] < 0.0f, mirror < 0.0) << "s " << i;
-        }
-        std::sort(got, got + 3);
-        expectNear(got, {0.5, 2, 3}, 1e-5);
+        for (float const v : f.s) // the magnitudes follow from the rebuild, the signs do not
+            EXPECT_EQ(v < 0.0f, mirror < 0.0) << "s " << v;
         Mat tr = diagonal(1, 1, 1);
         std::copy(f.t, f.t + 3, tr.begin() + 12);
         Mat const rebuilt = product(

@@ -2,30 +2,17 @@
 // each composite reaches through the table.
 #include "kernel/KernelTestSupport.h"
 
-#include <functional>
-#include <string>
-
-using namespace ktest;
-
 namespace {
 
 std::string g_events;
 
 // A kernel that reports its reference hooks and its destruction.
-class TracingKernel : public EnhancedMathFunctions {
-public:
-    explicit TracingKernel(char name) : m_name(name) {}
-
-protected:
-    void ref() override { g_events += std::string(1, m_name) + ".ref "; }
-    void unref() override {
-        g_events += std::string(1, m_name) + ".unref ";
-        EnhancedMathFunctions::unref();
-    }
-    ~TracingKernel() override { g_events += std::string(1, m_name) + ".destroyed "; }
-
-private:
-    char m_name;
+struct TracingKernel : EnhancedMathFunctions {
+    std::string name;
+    explicit TracingKernel(char const * n) : name(n) {}
+    void ref() override { g_events += name + ".ref "; }
+    void unref() override { g_events += name + ".unref ", EnhancedMathFunctions::unref(); }
+    ~TracingKernel() override { g_events += name + ".destroyed "; }
 };
 
 class KernelFrame : public ::testing::Test {
@@ -35,16 +22,11 @@ protected:
 
 TEST_F(KernelFrame, SetDefaultRefsTheNewKernelBeforeReleasingTheOld) {
     EnhancedMathFunctions * first = EnhancedMathFunctions::getCurrent();
-    ASSERT_NE(first, nullptr);
-    EXPECT_EQ(EnhancedMathFunctions::getCurrent(), first);
-
-    auto * a = new TracingKernel('a');
-    a->setDefault();
-    auto * b = new TracingKernel('b');
+    EXPECT_TRUE(first != nullptr && EnhancedMathFunctions::getCurrent() == first);
+    (new TracingKernel("a"))->setDefault();
+    auto * b = new TracingKernel("b");
     g_events.clear();
     b->setDefault();
-    EXPECT_EQ(EnhancedMathFunctions::getCurrent(), b);
-    EXPECT_EQ(g_events, "b.ref a.unref a.destroyed ");
     // Installing the current kernel again must not let it die (AddressSanitizer would see it).
     b->setDefault();
     EXPECT_EQ(g_events, "b.ref a.unref a.destroyed ");
@@ -52,18 +34,14 @@ TEST_F(KernelFrame, SetDefaultRefsTheNewKernelBeforeReleasingTheOld) {
     EXPECT_EQ(b->det2(1, 2, 3, 4), -2.0f);
 }
 
-TEST(KernelFrameOps, NonVirtualArithmeticRunsAtDoubleWidth) {
-    // (1 + 2^-12)^2 - 1 = 2^-11 + 2^-24: in float the square would lose its last term.
-    float const x = 1.0f + 0x1p-12f;
-    EXPECT_EQ(kernel().det2(x, 1.0f, 1.0f, x), 0x1p-11f + 0x1p-24f);
-    float const a[3] = {1, 2, 3}, b[3] = {4, 5, 6}, c[3] = {7, 8, 10};
-    EXPECT_EQ(kernel().det3(a, b, c), -3.0);
-    EXPECT_EQ(kernel().det3(a, b, a), 0.0);
-    EXPECT_EQ(kernel().dot3(a, b), 32.0f);
-}
-
 TEST(KernelFrameOps, SimplestOperationsWriteWhatTheySay) {
-    float m[16], src[16];
+    // (1 + 2^-12)^2 - 1 = 2^-11 + 2^-24: in float the square would lose its last term.
+    float const x = 1.0f + 0x1p-12f, a[3] = {1, 2, 3}, b[3] = {4, 5, 6}, c[3] = {7, 8, 10};
+    EXPECT_EQ(kernel().det2(x, 1.0f, 1.0f, x), 0x1p-11f + 0x1p-24f);
+    EXPECT_TRUE(kernel().det3(a, b, c) == -3.0 && kernel().det3(a, b, a) == 0.0);
+    EXPECT_EQ(kernel().dot3(a, b), 32.0f);
+
+    float m[16], src[16], v[4] = {S, S, S, S};
     for (int i = 0; i < 16; ++i)
         m[i] = S, src[i] = static_cast<float>(i) - 4.5f;
     kernel().setIdentity(m);
@@ -75,29 +53,21 @@ TEST(KernelFrameOps, SimplestOperationsWriteWhatTheySay) {
     for (int i = 0; i < 16; ++i)
         EXPECT_TRUE(copy[i] == src[i] && m[i] == src[i]) << "element " << i;
     delete[] copy;
-
-    float const x[3] = {1, 0, 0}, y[3] = {0, 1, 0};
-    float v[4] = {S, S, S, S};
-    kernel().cross(v, x, y);
-    expectNear(v, {0, 0, 1, S});
+    kernel().cross(v, a, b); // (2*6 - 3*5, 3*4 - 1*6, 1*5 - 2*4)
+    expectNear(v, {-3, 6, -3, S});
     kernel().cross(v, src, src);
     expectNear(v, {0, 0, 0, S});
-    kernel().copyVec3fTo(v, y);
-    expectNear(v, {0, 1, 0, S});
+    kernel().copyVec3fTo(v, a);
+    expectNear(v, {1, 2, 3, S});
 }
 
 TEST(KernelFrameOps, CompositesReachTheirStepsThroughTheTable) {
     RecordingKernel k;
-    float m[16], n[16], r[16], u[16], p[16], q[4], e[3], axis[3], angle, s[3], t[3];
-    float vals[3], vecs[3][3], zero[16] = {};
+    float m[16], n[16], r[16], u[16], p[16], q[4], e[3], axis[3], angle, s[3], t[3], zero[16] = {};
     float const id[4] = {1, 0, 0, 0}, v[3] = {0, 0, 1}, euler[3] = {0.1f, 0.2f, 0.3f};
-    int rotations;
     k.setIdentity(n);
     std::string const rotate = "axisToQuaternionU quaternionToMatrix ";
-    struct Case {
-        std::function<void()> call;
-        std::string want;
-    } const cases[] = {
+    std::pair<std::function<void()>, std::string> const cases[] = {
         {[&] { k.axisToMatrix(m, v, 1.0f); }, "axisToQuaternion quaternionToMatrix "},
         {[&] { EXPECT_EQ(k.matrixToAxis(axis, &angle, n), 0); },
          "RotMatrixToQuaternion quaternionToAxis "},
@@ -121,20 +91,16 @@ TEST(KernelFrameOps, CompositesReachTheirStepsThroughTheTable) {
          "multMatrices multMatrices multMatrices "},
         {[&] { EXPECT_FALSE(k.factor(r, s, u, t, p, zero)); },
          "copyMat4fTo setIdentity det3 "}, // a singular block stops after the determinant
-        // Leaves call nothing of the table: only the logged ones called here appear.
+        // Leaves call nothing of the table.
         {[&] {
-             k.setScale(m, v), k.setTranslate(m, v), k.multLeftByRotateX(m, 1.0f);
-             k.multRightByRotateZ(m, 1.0f), k.multRightByTranslate(m, v), k.multLeftByScale(m, v);
-             k.inverseScale(m, n), k.inverseTranslate(m, n), k.eulerToQuaternion(q, euler);
-             k.axisToQuaternion(q, v, 1.0f), k.RotMatrixToQuaternion(q, n);
-             k.jacobi3(vals, vecs, rotations, n), k.multMatrices(m, n, n);
+             k.setScale(m, v), k.setTranslate(m, v), k.inverseScale(m, n), k.inverseTranslate(m, n);
          },
-         "axisToQuaternion RotMatrixToQuaternion jacobi3 multMatrices "},
+         ""},
     };
     for (std::size_t i = 0; i < sizeof cases / sizeof cases[0]; ++i) {
         k.log.clear();
-        cases[i].call();
-        EXPECT_EQ(k.log, cases[i].want) << "case " << i;
+        cases[i].first();
+        EXPECT_EQ(k.log, cases[i].second) << "case " << i;
     }
 }
 

@@ -10,10 +10,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <functional>
 #include <initializer_list>
+#include <limits>
 #include <string>
-
-namespace ktest {
 
 inline EnhancedMathFunctions const & kernel() {
     return *EnhancedMathFunctions::getCurrent();
@@ -107,7 +107,5 @@ public:
         return EnhancedMathFunctions::RotMatrixToQuaternion(d, m) + 5;
     }
 };
-
-} // namespace ktest
 
 #endif // KDRCORE_TESTS_KERNEL_KERNELTESTSUPPORT_H

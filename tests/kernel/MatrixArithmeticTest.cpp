@@ -2,10 +2,6 @@
 // elements each operation writes and where dst may be an input.
 #include "kernel/KernelTestSupport.h"
 
-using namespace ktest;
-
-namespace {
-
 TEST(MatrixArithmetic, ElementWiseOperationsAllowDstToBeAnInput) {
     float a[16], b[16];
     for (int i = 0; i < 16; ++i)
@@ -42,19 +38,15 @@ TEST(MatrixArithmetic, ProductsRoundOnceAtDoubleWidth) {
     float const m[16] = {x, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, small, 0, 0, 1};
     float const b[16] = {x, 0, 0, 1, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     float const bAffine[16] = {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, x, 0, 0, 1};
-    float d[16], v[4] = {x, 0, 0, 1};
+    float d[16], v4[4] = {x, 0, 0, 1}, va[3] = {x, 0, 0}, vh[3] = {x, 0, 0};
     kernel().multMatrices(d, m, b);
     EXPECT_EQ(d[0], once);
     kernel().multAffineMatrices(d, m, bAffine);
     EXPECT_EQ(d[12], once);
-    kernel().multMatrixVec4f(v, m, v);
-    EXPECT_EQ(v[0], once);
-    v[0] = x;
-    kernel().multAffineMatrixVec3f(v, m, v);
-    EXPECT_EQ(v[0], once);
-    v[0] = x;
-    kernel().multMatrixVec3f(v, m, v);
-    EXPECT_EQ(v[0], once);
+    kernel().multMatrixVec4f(v4, m, v4);
+    kernel().multAffineMatrixVec3f(va, m, va);
+    kernel().multMatrixVec3f(vh, m, vh);
+    EXPECT_TRUE(v4[0] == once && va[0] == once && vh[0] == once);
     float const n[16] = {x, -1, 0, 0, small, x, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}; // x * x + small
     EXPECT_EQ(kernel().det3(n), once);
     EXPECT_EQ(kernel().det4(n), once);
@@ -110,5 +102,3 @@ TEST(MatrixArithmetic, Determinants) {
     m[3] = m[7] = m[11] = m[12] = m[13] = m[14] = m[15] = NAN; // not read by det3
     EXPECT_EQ(kernel().det3(m), 7.0f);
 }
-
-} // namespace
