@@ -1,0 +1,375 @@
+// Fuzz target: swprintf on 16-bit text, on formats and arguments within its documented
+// conversions.
+//
+// The format is built from the input: literal 16-bit text (any unit but 0 and '%') and up to four
+// directives with any flags, a width and a precision (numbers or '*'), a length modifier valid for
+// the conversion, and one of d i u x X o c s f F e E g G p %. The arguments have the types the
+// directives read. The buffer is filled with a sentinel before the call; afterwards the result
+// must be the position of the terminator, and nothing after the terminator may have been written.
+// The text itself is compared with what the C library's snprintf gives for each numeric
+// directive, and with the padding rules for 16-bit and 8-bit text and characters.
+#include "FuzzCheck.h"
+
+#include "kdrcore/runtime/KDRString.h"
+
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <iterator>
+#include <string>
+#include <vector>
+
+namespace {
+
+constexpr unsigned short SENTINEL = 0xA5A5;
+constexpr std::size_t ROOM = 16384; // more than any format built here can produce
+
+using Text16 = std::basic_string<unsigned short>;
+
+// The argument classes a directive reads, in the order it reads them.
+enum class Arg { Int, Long, Double, LongDouble, Pointer };
+
+struct Value {
+    Arg kind;
+    long long i = 0;
+    double d = 0.0;
+    long double ld = 0.0L;
+    const void * p = nullptr;
+};
+
+struct Directive {
+    std::string flags;
+    int width = -1; // -1: none
+    bool widthStar = false;
+    int precision = -2; // -2: none, -1 ... : given
+    bool precisionStar = false;
+    std::string length;
+    char conversion = 'd';
+    std::vector<Value> values; // the '*' arguments, then the converted one (none for %%)
+    bool checkText = true;     // false where the text is not compared (%p, '0' on text, ...)
+};
+
+// Strings the %s directives point at, kept alive for the call.
+struct Pools {
+    std::vector<Text16> wide;
+    std::vector<std::string> narrow;
+};
+
+// --- Calling swprintf with the directives' arguments ------------------------------------------
+
+// Each argument is passed with a type of its class, recursively, then the call is made.
+template <class... A>
+int call(unsigned short * buffer, const unsigned short * format, const std::vector<Value> & args,
+         std::size_t next, A... passed) {
+    if constexpr (sizeof...(A) >= 6) {
+        (void)args;
+        (void)next;
+        return swprintf(buffer, format, passed...);
+    } else {
+        if (next == args.size())
+            return swprintf(buffer, format, passed...);
+        const Value & v = args[next];
+        switch (v.kind) {
+        case Arg::Int:
+            return call(buffer, format, args, next + 1, passed..., static_cast<int>(v.i));
+        case Arg::Long:
+            return call(buffer, format, args, next + 1, passed..., v.i);
+        case Arg::Double:
+            return call(buffer, format, args, next + 1, passed..., v.d);
+        case Arg::LongDouble:
+            return call(buffer, format, args, next + 1, passed..., v.ld);
+        default:
+            return call(buffer, format, args, next + 1, passed..., v.p);
+        }
+    }
+}
+
+// --- Building directives ----------------------------------------------------------------------
+
+double consumeDouble(FuzzedDataProvider & in) {
+    static const double special[] = {0.0,   -0.0,    1.0,      -1.5, 0.1, 123456789.0,
+                                     1e300, -1e-300, 4.9e-324, 1e15, 9.5, -0.5};
+    switch (in.ConsumeIntegralInRange(0, 2)) {
+    case 0: {
+        std::uint64_t bits = in.ConsumeIntegral<std::uint64_t>();
+        double v;
+        std::memcpy(&v, &bits, sizeof v);
+        return v; // NaN and infinities included
+    }
+    case 1:
+        return special[in.ConsumeIntegralInRange<std::size_t>(0, std::size(special) - 1)];
+    default:
+        return static_cast<double>(in.ConsumeIntegralInRange(-100000, 100000)) / 64.0;
+    }
+}
+
+long long consumeInteger(FuzzedDataProvider & in) {
+    switch (in.ConsumeIntegralInRange(0, 2)) {
+    case 0:
+        return in.ConsumeIntegral<long long>();
+    case 1:
+        return in.ConsumeIntegral<int>();
+    default:
+        return in.ConsumeIntegralInRange(-300, 300);
+    }
+}
+
+Directive consumeDirective(FuzzedDataProvider & in, Pools & pools) {
+    Directive d;
+    static const char convs[] = "diuxXocsfFeEgGp%";
+    d.conversion = convs[in.ConsumeIntegralInRange<std::size_t>(0, sizeof convs - 2)];
+    if (d.conversion == '%')
+        return d;
+    for (int n = in.ConsumeIntegralInRange(0, 3); n > 0; --n)
+        d.flags += "-+ #0"[in.ConsumeIntegralInRange(0, 4)];
+    switch (in.ConsumeIntegralInRange(0, 2)) {
+    case 0:
+        break;
+    case 1:
+        d.width = in.ConsumeIntegralInRange(0, 80);
+        break;
+    default:
+        d.widthStar = true;
+        d.values.push_back({Arg::Int, in.ConsumeIntegralInRange(-80, 80)});
+        break;
+    }
+    switch (in.ConsumeIntegralInRange(0, 3)) {
+    case 0:
+        break;
+    case 1:
+        d.precision = in.ConsumeIntegralInRange(0, 80);
+        break;
+    case 2:
+        d.precision = -1; // "." alone: precision 0
+        break;
+    default:
+        d.precisionStar = true;
+        d.values.push_back({Arg::Int, in.ConsumeIntegralInRange(-5, 80)});
+        break;
+    }
+    Value v{Arg::Int};
+    switch (d.conversion) {
+    case 'd':
+    case 'i':
+    case 'u':
+    case 'x':
+    case 'X':
+    case 'o': {
+        static const char * lengths[] = {"", "hh", "h", "l", "ll", "j", "z", "t"};
+        d.length = lengths[in.ConsumeIntegralInRange(0, 7)];
+        v.kind = d.length.empty() || d.length[0] == 'h' ? Arg::Int : Arg::Long;
+        v.i = consumeInteger(in);
+        if (v.kind == Arg::Int)
+            v.i = static_cast<int>(v.i);
+        break;
+    }
+    case 'f':
+    case 'F':
+    case 'e':
+    case 'E':
+    case 'g':
+    case 'G': {
+        const int l = in.ConsumeIntegralInRange(0, 2);
+        d.length = l == 0 ? "" : l == 1 ? "l" : "L";
+        const double x = consumeDouble(in);
+        // %f of a huge value prints all its digits: keep the text within the buffer.
+        if (d.length == "L") {
+            v.kind = Arg::LongDouble;
+            v.ld = static_cast<long double>(x);
+        } else {
+            v.kind = Arg::Double;
+            v.d = x;
+        }
+        break;
+    }
+    case 'c':
+        d.length = in.ConsumeBool() ? "h" : "";
+        v.i = d.length.empty() ? in.ConsumeIntegralInRange(1, 0xFFFF)
+                               : in.ConsumeIntegralInRange(1, 255);
+        d.checkText = d.flags.find('0') == std::string::npos;
+        break;
+    case 's': {
+        d.length = in.ConsumeBool() ? "h" : "";
+        v.kind = Arg::Pointer;
+        const bool null = in.ConsumeIntegralInRange(0, 7) == 0;
+        d.checkText = !null && d.flags.find('0') == std::string::npos;
+        if (!null && d.length.empty()) {
+            Text16 t;
+            for (int n = in.ConsumeIntegralInRange(0, 20); n > 0; --n)
+                t.push_back(in.ConsumeIntegralInRange<unsigned short>(1, 0xFFFF));
+            pools.wide.push_back(t);
+            v.p = pools.wide.back().c_str();
+        } else if (!null) {
+            std::string t;
+            for (int n = in.ConsumeIntegralInRange(0, 20); n > 0; --n)
+                t.push_back(static_cast<char>(in.ConsumeIntegralInRange(1, 255)));
+            pools.narrow.push_back(t);
+            v.p = pools.narrow.back().c_str();
+        }
+        break;
+    }
+    default: // 'p'
+        v.kind = Arg::Pointer;
+        v.p = reinterpret_cast<const void *>(
+            static_cast<std::uintptr_t>(in.ConsumeIntegral<std::uint32_t>()));
+        d.checkText = false;
+        break;
+    }
+    d.values.push_back(v);
+    return d;
+}
+
+// The directive as it stands in the format.
+std::string spelling(const Directive & d) {
+    std::string s = "%" + d.flags;
+    if (d.widthStar)
+        s += '*';
+    else if (d.width >= 0)
+        s += std::to_string(d.width);
+    if (d.precisionStar)
+        s += ".*";
+    else if (d.precision == -1)
+        s += '.';
+    else if (d.precision >= 0)
+        s += "." + std::to_string(d.precision);
+    return s + d.length + d.conversion;
+}
+
+// --- The expected text -------------------------------------------------------------------------
+
+// What the directive must print, or false when the text is not compared.
+bool expectedText(const Directive & d, Text16 & out) {
+    if (d.conversion == '%') {
+        out.push_back('%');
+        return true;
+    }
+    if (!d.checkText)
+        return false;
+    // Resolve '*': a negative width is the '-' flag, a negative precision none at all.
+    std::size_t k = 0;
+    int width = d.width;
+    bool left = d.flags.find('-') != std::string::npos;
+    if (d.widthStar) {
+        const int w = static_cast<int>(d.values[k++].i);
+        left = left || w < 0;
+        width = w < 0 ? -w : w;
+    }
+    int precision = d.precision == -1 ? 0 : d.precision; // -2: none
+    if (d.precisionStar) {
+        const int p = static_cast<int>(d.values[k++].i);
+        precision = p < 0 ? -2 : p;
+    }
+    const Value & v = d.values[k];
+    if (d.conversion == 'c' || d.conversion == 's') {
+        Text16 body;
+        if (d.conversion == 'c') {
+            body.push_back(static_cast<unsigned short>(
+                d.length == "h" ? static_cast<unsigned char>(v.i) : v.i));
+        } else if (d.length == "h") {
+            for (const char * c = static_cast<const char *>(v.p); *c != 0; ++c)
+                body.push_back(static_cast<unsigned char>(*c));
+        } else {
+            body = static_cast<const unsigned short *>(v.p);
+        }
+        if (d.conversion == 's' && precision >= 0 &&
+            body.size() > static_cast<std::size_t>(precision))
+            body.resize(static_cast<std::size_t>(precision));
+        const std::size_t pad = width > 0 && static_cast<std::size_t>(width) > body.size()
+                                    ? static_cast<std::size_t>(width) - body.size()
+                                    : 0;
+        if (!left)
+            out.append(pad, ' ');
+        out += body;
+        if (left)
+            out.append(pad, ' ');
+        return true;
+    }
+    // Numbers: what snprintf prints for the same directive, '*' resolved.
+    std::string spec = "%" + d.flags + (left ? "-" : "");
+    if (width >= 0)
+        spec += std::to_string(width);
+    if (precision >= 0)
+        spec += "." + std::to_string(precision);
+    spec += d.length + d.conversion;
+    std::vector<char> text(8192);
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+    int n;
+    if (v.kind == Arg::Double)
+        n = std::snprintf(text.data(), text.size(), spec.c_str(), v.d);
+    else if (v.kind == Arg::LongDouble)
+        n = std::snprintf(text.data(), text.size(), spec.c_str(), v.ld);
+    else if (v.kind == Arg::Long)
+        n = std::snprintf(text.data(), text.size(), spec.c_str(), v.i);
+    else
+        n = std::snprintf(text.data(), text.size(), spec.c_str(), static_cast<int>(v.i));
+#pragma GCC diagnostic pop
+    if (n < 0 || static_cast<std::size_t>(n) >= text.size())
+        return false;
+    for (int i = 0; i < n; ++i)
+        out.push_back(static_cast<unsigned char>(text[static_cast<std::size_t>(i)]));
+    return true;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
+    FuzzedDataProvider in(data, size);
+    Pools pools;
+    pools.wide.reserve(8); // the directives point into the pools: they must not move
+    pools.narrow.reserve(8);
+
+    Text16 format;
+    Text16 expected;
+    bool compare = true;
+    std::vector<Value> args;
+    const int directives = in.ConsumeIntegralInRange(0, 4);
+    for (int k = 0; k <= directives; ++k) {
+        // Literal text: any 16-bit unit but the terminator and '%'.
+        for (int n = in.ConsumeIntegralInRange(0, 6); n > 0; --n) {
+            unsigned short c = in.ConsumeIntegral<unsigned short>();
+            if (c == 0 || c == '%')
+                c = 'a';
+            format.push_back(c);
+            expected.push_back(c);
+        }
+        if (k == directives)
+            break;
+        const Directive d = consumeDirective(in, pools);
+        if (args.size() + d.values.size() > 6)
+            break; // the caller passes six arguments at most
+        for (char c : spelling(d))
+            format.push_back(static_cast<unsigned char>(c));
+        args.insert(args.end(), d.values.begin(), d.values.end());
+        compare = expectedText(d, expected) && compare;
+    }
+
+    std::vector<unsigned short> buffer(ROOM, SENTINEL);
+    const int n = call(buffer.data(), format.c_str(), args, 0);
+    FUZZ_CHECK(n >= 0 && static_cast<std::size_t>(n) < ROOM, "swprintf returned %d", n);
+    FUZZ_CHECK(buffer[static_cast<std::size_t>(n)] == 0,
+               "no terminator at the position %d returned", n);
+    for (std::size_t i = static_cast<std::size_t>(n) + 1; i < ROOM; ++i)
+        FUZZ_CHECK(buffer[i] == SENTINEL, "swprintf returned %d but wrote unit %zu", n, i);
+    if (compare) {
+        const Text16 got(buffer.data(), static_cast<std::size_t>(n));
+        if (got != expected) {
+            std::string f;
+            for (unsigned short c : format)
+                f += c < 128 ? static_cast<char>(c) : '?';
+            std::size_t at = 0;
+            while (at < got.size() && at < expected.size() && got[at] == expected[at])
+                ++at;
+            FUZZ_CHECK(false, "format \"%s\": %zu units, expected %zu; first difference at %zu",
+                       f.c_str(), got.size(), expected.size(), at);
+        }
+    }
+
+    // Null buffer or format: -1, nothing written.
+    std::vector<unsigned short> untouched(4, SENTINEL);
+    FUZZ_CHECK(swprintf(nullptr, format.c_str()) == -1, "swprintf(null buffer) not -1");
+    FUZZ_CHECK(swprintf(untouched.data(), nullptr) == -1 && untouched[0] == SENTINEL,
+               "swprintf(null format) not -1 or wrote");
+    return 0;
+}
