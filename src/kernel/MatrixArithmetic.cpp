@@ -1,6 +1,11 @@
 // The plain 4x4 arithmetic of the kernel: element-wise operations, the general product, products
 // with vectors, determinants and the affine family. All of them are leaves: they call nothing of
 // the kernel. Every element is computed at double width and rounded once, where it is stored.
+//
+// The products with the most traffic live in MatrixKernels.h, in a baseline and an AVX2 version
+// with the same bits; their members here only choose the version the CPU can run.
+#include "kernel/MatrixKernels.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
@@ -64,38 +69,20 @@ void EnhancedMathFunctions::transpose(float * const dst, float const * const src
 
 void EnhancedMathFunctions::multMatrices(float * const dst, float const * const a,
                                          float const * const b) const {
-    // dst must not overlap a or b, so the rows of a can be held for the whole product.
-    double const a00 = wide(a[0]), a10 = wide(a[1]), a20 = wide(a[2]), a30 = wide(a[3]);
-    double const a01 = wide(a[4]), a11 = wide(a[5]), a21 = wide(a[6]), a31 = wide(a[7]);
-    double const a02 = wide(a[8]), a12 = wide(a[9]), a22 = wide(a[10]), a32 = wide(a[11]);
-    double const a03 = wide(a[12]), a13 = wide(a[13]), a23 = wide(a[14]), a33 = wide(a[15]);
-    for (int c = 0; c < 4; ++c) {
-        float const * const bc = b + 4 * c;
-        double const b0 = wide(bc[0]), b1 = wide(bc[1]), b2 = wide(bc[2]), b3 = wide(bc[3]);
-        float * const dc = dst + 4 * c;
-        dc[0] = narrow(a00 * b0 + a01 * b1 + a02 * b2 + a03 * b3);
-        dc[1] = narrow(a10 * b0 + a11 * b1 + a12 * b2 + a13 * b3);
-        dc[2] = narrow(a20 * b0 + a21 * b1 + a22 * b2 + a23 * b3);
-        dc[3] = narrow(a30 * b0 + a31 * b1 + a32 * b2 + a33 * b3);
-    }
+#if KDRCORE_SIMD_X86
+    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
+        return kdrkernel::multMatricesAvx2(dst, a, b);
+#endif
+    kdrkernel::multMatricesPlain(dst, a, b);
 }
 
 void EnhancedMathFunctions::multMatrixVec3f(float * const dst, float const * const m,
                                             float const * const v) const {
-    // All of v is read before the first store: dst may be v.
-    double const x = wide(v[0]), y = wide(v[1]), z = wide(v[2]);
-    double const w = wide(m[3]) * x + wide(m[7]) * y + wide(m[11]) * z + wide(m[15]);
-    // Only an exact zero is caught; a NaN passes and makes the result NaN.
-    if (w == 0.0) {
-        dst[0] = 0.0f;
-        dst[1] = 0.0f;
-        dst[2] = 0.0f;
-        return;
-    }
-    double const k = 1.0 / w;
-    dst[0] = narrow((wide(m[0]) * x + wide(m[4]) * y + wide(m[8]) * z + wide(m[12])) * k);
-    dst[1] = narrow((wide(m[1]) * x + wide(m[5]) * y + wide(m[9]) * z + wide(m[13])) * k);
-    dst[2] = narrow((wide(m[2]) * x + wide(m[6]) * y + wide(m[10]) * z + wide(m[14])) * k);
+#if KDRCORE_SIMD_X86
+    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
+        return kdrkernel::multMatrixVec3fAvx2(dst, m, v);
+#endif
+    kdrkernel::multMatrixVec3fPlain(dst, m, v);
 }
 
 void EnhancedMathFunctions::multMatrixVec4f(float * const dst, float const * const m,
@@ -132,32 +119,20 @@ float EnhancedMathFunctions::det3(float const * const m) const {
 
 void EnhancedMathFunctions::multAffineMatrices(float * const dst, float const * const a,
                                                float const * const b) const {
-    double const a00 = wide(a[0]), a10 = wide(a[1]), a20 = wide(a[2]);
-    double const a01 = wide(a[4]), a11 = wide(a[5]), a21 = wide(a[6]);
-    double const a02 = wide(a[8]), a12 = wide(a[9]), a22 = wide(a[10]);
-    for (int c = 0; c < 3; ++c) {
-        float const * const bc = b + 4 * c;
-        double const b0 = wide(bc[0]), b1 = wide(bc[1]), b2 = wide(bc[2]);
-        float * const dc = dst + 4 * c;
-        dc[0] = narrow(a00 * b0 + a01 * b1 + a02 * b2);
-        dc[1] = narrow(a10 * b0 + a11 * b1 + a12 * b2);
-        dc[2] = narrow(a20 * b0 + a21 * b1 + a22 * b2);
-    }
-    double const t0 = wide(b[12]), t1 = wide(b[13]), t2 = wide(b[14]);
-    dst[12] = narrow(a00 * t0 + a01 * t1 + a02 * t2 + wide(a[12]));
-    dst[13] = narrow(a10 * t0 + a11 * t1 + a12 * t2 + wide(a[13]));
-    dst[14] = narrow(a20 * t0 + a21 * t1 + a22 * t2 + wide(a[14]));
-    dst[3] = 0.0f;
-    dst[7] = 0.0f;
-    dst[11] = 0.0f;
-    dst[15] = 1.0f;
+#if KDRCORE_SIMD_X86
+    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
+        return kdrkernel::multAffineMatricesAvx2(dst, a, b);
+#endif
+    kdrkernel::multAffineMatricesPlain(dst, a, b);
 }
 
 void EnhancedMathFunctions::multAffineMatrixVec3f(float * const dst, float const * const m,
                                                   float const * const v) const {
-    double const x = wide(v[0]), y = wide(v[1]), z = wide(v[2]);
-    for (int r = 0; r < 3; ++r)
-        dst[r] = narrow(wide(m[r]) * x + wide(m[4 + r]) * y + wide(m[8 + r]) * z + wide(m[12 + r]));
+#if KDRCORE_SIMD_X86
+    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
+        return kdrkernel::multAffineMatrixVec3fAvx2(dst, m, v);
+#endif
+    kdrkernel::multAffineMatrixVec3fPlain(dst, m, v);
 }
 
 void EnhancedMathFunctions::multAffineMatrixVec3fAsDir(float * const dst, float const * const m,
