@@ -1,27 +1,25 @@
 // Camera projection of points and boxes through a real perspective matrix.
-#include "geometry/ProjectionTestSupport.h"
+#include "geometry/GeometryTestSupport.h"
 
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
-#include <limits>
 
-using namespace projtest;
+using namespace geomtest;
 
 TEST(CameraProjPoint, NegatesXAndYBeyondTheDepthLimitOnly) {
     Matrix4f const proj = perspective();
     Vector3f out;
+    Vector2f flat;
     cameraProjPoint(out, Vector3f(1, 2, -2), proj, 0.5f); // w = 2, depth exactly the limit
-    EXPECT_TRUE(out.x() == 0.5f && out.y() == 1.0f && out.z() == 0.5f);
+    EXPECT_TRUE(near(out, 0.5f, 1, 0.5f));
     cameraProjPoint(out, Vector3f(1, 2, -2), proj, 0.25f);
-    EXPECT_TRUE(out.x() == -0.5f && out.y() == -1.0f && out.z() == 0.5f);
+    EXPECT_TRUE(near(out, -0.5f, -1, 0.5f));
     // Behind the viewer w = -1 mirrors the point to (-1, -2); the fold puts it back.
     Vector3f p(1, 2, 1);
     cameraProjPoint(p, p, proj, DEPTH_LIMIT);
-    EXPECT_TRUE(p.x() == 1.0f && p.y() == 2.0f && p.z() == 5.0f);
-    Vector2f flat;
     cameraProjPoint(flat, Vector3f(1, 2, 1), proj, DEPTH_LIMIT);
-    EXPECT_TRUE(flat.x() == 1.0f && flat.y() == 2.0f);
+    EXPECT_TRUE(near(p, 1, 2, 5) && flat.x() == 1.0f && flat.y() == 2.0f);
     // A NaN depth fails the comparison: no negation, whatever the limit.
     Matrix4f const nanDepth(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, NAN, 1);
     cameraProjPoint(out, Vector3f(1, 2, 3), nanDepth, -100.0f);
@@ -30,67 +28,64 @@ TEST(CameraProjPoint, NegatesXAndYBeyondTheDepthLimitOnly) {
 
 TEST(CameraProjBBox, CodesAndExtentsInFrontBehindAndStraddling) {
     Matrix4f const proj = perspective();
-    // In front: the near face (z = -1) projects unscaled, the far one (z = -2) halved.
-    BoundingBox const front = box({-1, -1, -2}, {3, 2, -1});
     BoundingBox out;
     BoundingBox2D flat;
+    // In front: the near face (z = -1) projects unscaled, the far one (z = -2) halved.
+    BoundingBox const front = box({-1, -1, -2}, {3, 2, -1});
     EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(out, front, proj, DEPTH_LIMIT), 1);
-    expectBox(out, {-1, -1, -1}, {3, 2, 0.5f});
     EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(flat, front, proj, DEPTH_LIMIT), 1);
-    expectRect(flat, -1, -1, 3, 2);
-    // Behind: folded back to the same x-y extent; a fresh `out` takes nothing of it.
+    EXPECT_TRUE(boxIs(out, {-1, -1, -1, 3, 2, 0.5f}) && rectIs(flat, {-1, -1, 3, 2}));
+    // Behind: folded back; a fresh `out` takes nothing, the rectangle the uninitialised values,
+    // an initialised `out` the two folded points at FLOAT_EPSILON.
     BoundingBox const behind = box({-1, -1, 1}, {3, 2, 2});
     out.clear();
     EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(out, behind, proj, DEPTH_LIMIT), 2);
-    EXPECT_FALSE(out.isInitialized());
     EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(flat, behind, proj, DEPTH_LIMIT), 2);
-    expectRect(flat, 1, 0, 0, 0); // overwritten with the uninitialised values
+    EXPECT_TRUE(!out.isInitialized() && rectIs(flat, {1, 0, 0, 0}));
     out.set(Vector3f(0, 0, 0.25f));
-    EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(out, behind, proj, DEPTH_LIMIT), 2);
-    expectBox(out, {-1, -1, FLOAT_EPSILON}, {3, 2, 0.25f});
+    BoundingBoxAlgo::cameraProjBBox(out, behind, proj, DEPTH_LIMIT);
+    EXPECT_TRUE(boxIs(out, {-1, -1, FLOAT_EPSILON, 3, 2, 0.25f}));
     // Straddling: front corners at z = -2, those behind at z = 1 folded in at FLOAT_EPSILON.
     // Unfolded, x would reach -3 and y -2.
     BoundingBox const straddling = box({-1, -1, -2}, {3, 2, 1});
     out.clear();
     EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(out, straddling, proj, DEPTH_LIMIT), 3);
-    expectBox(out, {-1, -1, FLOAT_EPSILON}, {3, 2, 0.5f});
     EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(flat, straddling, proj, DEPTH_LIMIT), 3);
-    expectRect(flat, -1, -1, 3, 2);
+    EXPECT_TRUE(boxIs(out, {-1, -1, FLOAT_EPSILON, 3, 2, 0.5f}) && rectIs(flat, {-1, -1, 3, 2}));
 }
 
 TEST(CameraProjBBox, BoxFormMergesIntoOutWhileRectFormReplacesIt) {
     Matrix4f const proj = perspective();
-    BoundingBox const a = box({0, 0, -1}, {1, 1, -1}), b = box({4, 4, -1}, {6, 5, -1});
-    BoundingBox out;
+    BoundingBox out, c = box({-1, -1, -2}, {3, 2, -1});
     BoundingBox2D flat;
-    for (BoundingBox const * x : {&a, &b}) {
-        BoundingBoxAlgo::cameraProjBBox(out, *x, proj, DEPTH_LIMIT);
-        BoundingBoxAlgo::cameraProjBBox(flat, *x, proj, DEPTH_LIMIT);
+    for (BoundingBox const & x : {box({0, 0, -1}, {1, 1, -1}), box({4, 4, -1}, {6, 5, -1})}) {
+        BoundingBoxAlgo::cameraProjBBox(out, x, proj, DEPTH_LIMIT);
+        BoundingBoxAlgo::cameraProjBBox(flat, x, proj, DEPTH_LIMIT);
     }
-    expectBox(out, {0, 0, -1}, {6, 5, -1});
-    expectRect(flat, 4, 4, 6, 5);
-    BoundingBox c = box({-1, -1, -2}, {3, 2, -1}); // `out` may be `box`
-    BoundingBoxAlgo::cameraProjBBox(c, c, proj, DEPTH_LIMIT);
-    expectBox(c, {-1, -1, -2}, {3, 2, 0.5f});
+    EXPECT_TRUE(boxIs(out, {0, 0, -1, 6, 5, -1}) && rectIs(flat, {4, 4, 6, 5}));
+    BoundingBoxAlgo::cameraProjBBox(c, c, proj, DEPTH_LIMIT); // `out` may be `box`
+    EXPECT_TRUE(boxIs(c, {-1, -1, -2, 3, 2, 0.5f}));
 }
 
-TEST_F(ProjectionKernel, EveryCornerGoesThroughTheKernelCurrentAtThatCorner) {
+TEST_F(GeometryKernel, EveryCornerGoesThroughTheKernelCurrentAtThatCorner) {
     m_first.m_next = &m_second; // the fourth corner must find the second kernel
     m_first.m_switchAfter = 3;
     BoundingBox const b = box({-1, -1, -2}, {3, 2, -1});
     BoundingBox out;
+    BoundingBox2D flat;
     EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(out, b, perspective(), DEPTH_LIMIT), 1);
     ASSERT_EQ(calls().size(), 8u);
     for (int i = 0; i < 8; ++i) { // z is the fastest digit, then y, then x
         Call const & c = calls()[static_cast<size_t>(i)];
         EXPECT_EQ(c.kernel, i < 3 ? 1 : 2) << "corner " << i;
-        EXPECT_TRUE(c.x == ((i & 4) ? 3 : -1) && c.y == ((i & 2) ? 2 : -1) &&
+        EXPECT_TRUE(c.op == 'm' && c.x == ((i & 4) ? 3 : -1) && c.y == ((i & 2) ? 2 : -1) &&
                     c.z == ((i & 1) ? -1 : -2))
             << "corner " << i;
     }
-    BoundingBox2D flat;
     BoundingBoxAlgo::cameraProjBBox(flat, b, perspective(), DEPTH_LIMIT);
     BoundingBoxAlgo::transformBBox(out, b, MatAff4f::identity());
     cameraProjPoint(flat.m_min, Vector3f(0, 0, -1), perspective(), DEPTH_LIMIT);
-    EXPECT_EQ(calls().size(), 25u);
+    BoundingBoxAlgo::QuadDistance2(O, X, Y, Z, MatAff4f::identity(), O);
+    EXPECT_EQ(count('m'), 17);
+    EXPECT_EQ(count('a'), 12);
 }

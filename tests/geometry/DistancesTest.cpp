@@ -1,74 +1,52 @@
 // Tests of the distances, point tests, projections and small derived quantities.
-#include "geometry/PrimitiveTestSupport.h"
+#include "geometry/GeometryTestSupport.h"
 
 #include "kdrcore/geometry/GeomQueries.h"
 #include "kdrcore/types/Scalar.h"
 
-#include <gtest/gtest.h>
-
-using namespace primtest;
+using namespace geomtest;
 
 TEST(DistancePointLine, OnlyTheSquaredFootFormNormalises) {
     KDRLine const longDir = L(O, V(2, 0, 0)); // stored by hand
     V const p(3, 4, 0);
     V foot;
     float param;
-    EXPECT_EQ(distance2PointLine(p, longDir, foot), 16.0f);
-    EXPECT_TRUE(near(foot, 3, 0, 0));
+    EXPECT_TRUE(distance2PointLine(p, longDir, foot) == 16.0f && near(foot, 3, 0, 0));
     // The others take t = u . w = 6, so r = (3, 4, 0) - 6 (2, 0, 0) = (-9, 4, 0).
-    EXPECT_EQ(distancePointLine(p, longDir, foot), std::sqrt(97.0f));
-    EXPECT_TRUE(near(foot, 12, 0, 0));
-    EXPECT_EQ(distance2PointLine(p, longDir, param), 97.0f);
-    EXPECT_EQ(param, 6.0f);
-    // A zero direction: t = 0, the foot is m_point.
-    EXPECT_EQ(distancePointLine(V(4, 5, 1), L(V(1, 1, 1), O), foot), 5.0f);
-    EXPECT_TRUE(near(foot, 1, 1, 1));
-    EXPECT_EQ(distancePointPlane(V(0, 0, 3), P(0, 0, 1, -5)), 2.0f);
-    EXPECT_EQ(distancePointPlane(O, P(0, 3, 4, -5)), 1.0f); // |n| = 5
+    EXPECT_TRUE(distancePointLine(p, longDir, foot) == std::sqrt(97.0f) && near(foot, 12, 0, 0));
+    EXPECT_TRUE(distance2PointLine(p, longDir, param) == 97.0f && param == 6.0f);
+    EXPECT_EQ(distancePointPlane(O, P(0, 3, 4, -5)), 1.0f); // divided by |n| = 5
 }
 
 TEST(DistancePointSegment, AbsoluteBoundsOnTheDotProducts) {
-    V const b(10, 0, 0), e(0.005f, 0, 0);
+    // Length 0.005: s . s = 2.5e-5 < TOLERANCE, so points projecting on the segment, and some
+    // beyond it, snap to a; only 0.02 past a does b take over.
     V foot;
-    EXPECT_EQ(distancePointSegment(V(13, 4, 0), KDRSegment(O, b), foot), 5.0f);
-    EXPECT_TRUE(near(foot, 10, 0, 0));
-    // Length 0.005: s . s = 2.5e-5 < TOLERANCE, so every point projecting on the segment, and
-    // some beyond it, snap to a; only 0.02 past a does b take over.
-    EXPECT_NEAR(distancePointSegment(V(0.004f, 1, 0), O, e, foot), std::hypot(0.004, 1.0), 1e-7);
-    EXPECT_TRUE(near(foot, 0, 0, 0));
-    distancePointSegment(V(0.01f, 1, 0), O, e, foot);
-    EXPECT_TRUE(near(foot, 0, 0, 0));
-    distancePointSegment(V(0.03f, 1, 0), O, e, foot);
-    EXPECT_TRUE(near(foot, 0.005f, 0, 0));
+    for (float x : {0.004f, 0.01f, 0.03f}) {
+        distancePointSegment(V(x, 1, 0), O, V(0.005f, 0, 0), foot);
+        EXPECT_TRUE(near(foot, x < 0.02f ? 0.0f : 0.005f, 0, 0)) << x;
+    }
     V p(-3, 4, 0); // zero length, foot written into the point itself
-    EXPECT_EQ(distancePointSegment(p, O, O, p), 5.0f);
-    EXPECT_TRUE(near(p, 0, 0, 0));
+    EXPECT_TRUE(distancePointSegment(p, O, O, p) == 5.0f && near(p, 0, 0, 0));
 }
 
 TEST(DistanceLineLine, ParametersOfSkewAndParallelLinesAndSegments) {
     float p1, p2;
-    EXPECT_EQ(distanceLineLine(L(O, X), L(V(2, 5, -3), Y)), 3.0f); // never negative
-    // l2 = (1, -1, 2) + t (s, s, 0) passes over (2, 0, 0) at t = sqrt(2).
+    // l2 = (1, -1, 2) + t (s, s, 0) passes over (2, 0, 0) at t = sqrt(2), 2 above.
     float const s = 0.70710677f;
     EXPECT_NEAR(distanceLineLine(L(O, X), L(V(1, -1, 2), V(s, s, 0)), p1, p2), 2.0f, 1e-6);
-    EXPECT_TRUE(std::fabs(p1 - 2.0f) < 1e-6f && std::fabs(p2 - 1 / s) < 1e-6f);
+    EXPECT_TRUE(are({p1, p2}, {2, 1 / s}, 1e-6));
     // Parallel: the separation, param2 = 0, param1 = the projection of l2's point.
     EXPECT_EQ(distanceLineLine(L(O, X), L(V(7, 0, 4), -X), p1, p2), 4.0f);
-    EXPECT_TRUE(p1 == 7.0f && p2 == 0.0f);
-
-    auto toSegment = [&](V const & a, V const & b) {
-        return distanceLineSegment(L(O, X), KDRSegment(a, b), p1, p2);
-    };
-    EXPECT_EQ(toSegment(V(2, -1, 3), V(2, 1, 3)), 3.0f);
-    EXPECT_TRUE(p1 == 2.0f && p2 == 0.5f);
-    EXPECT_EQ(toSegment(V(5, -3, 3), V(2, -1, 3)), std::sqrt(10.0f)); // past m_end
-    EXPECT_TRUE(p1 == 2.0f && p2 == 1.0f);
-    EXPECT_EQ(toSegment(V(2, 1, 3), V(2, 1, 3)), std::sqrt(10.0f)); // zero length: 0 / 0
-    EXPECT_TRUE(p1 == 2.0f && std::isnan(p2));
-
+    EXPECT_TRUE(are({p1, p2}, {7, 0}));
+    // A segment: clamped past m_end to the distance from the end; zero length gives 0 / 0.
+    KDRSegment const past(V(5, -3, 3), V(2, -1, 3)), point(V(2, 1, 3), V(2, 1, 3));
+    EXPECT_EQ(distanceLineSegment(L(O, X), past, p1, p2), std::sqrt(10.0f));
+    EXPECT_TRUE(are({p1, p2}, {2, 1}));
+    EXPECT_EQ(distanceLineSegment(L(O, X), point, p1, p2), std::sqrt(10.0f));
+    EXPECT_TRUE(std::isnan(p2));
     KDRArray<Vector3f> set;
     int index = -7;
-    EXPECT_TRUE(distancePointPointSet(O, set, index) == 0.0f && index == -7);
     for (float x : {5.0f, 3.0f, -1.0f, 2.0f, 1.0f}) // positions 2 and 4 are equally near
         set.push_back(V(x, 0, 0));
     EXPECT_TRUE(distancePointPointSet(O, set, index) == 1.0f && index == 2);
@@ -80,26 +58,18 @@ TEST(PointTests, TolerancesOfLinePlaneSegmentAndCoplanarity) {
     V const off(5, 0.1f, 0);
     EXPECT_TRUE(pointOnLine(off, L(O, X), 0.011f) && pointOnSegment(off, seg, 0.011f));
     EXPECT_FALSE(pointOnLine(off, L(O, X), 0.009f) || pointOnSegment(off, seg, 0.009f));
+    EXPECT_TRUE(pointOnSegment(V(1, 0.1f, 0), KDRSegment(X, X), 0.011f)); // zero length
     // pointOnPlane: |n . p + d| against the argument, inclusive, not divided by |n|.
     EXPECT_TRUE(pointOnPlane(V(3, 4, 0.001f), Plane(), 0.001f));
     EXPECT_FALSE(pointOnPlane(V(3, 4, 0.001f), P(0, 0, 2, 0), 0.0015f));
-    EXPECT_FALSE(pointOnPlane(V(NaN, 0, 0), Plane(), 1.0f) || pointOnSegment(V(NaN, 0, 0), seg, 1));
     // Segment bounds on (p - start) . s: below widened by the tolerance (0.5 here, i.e. 0.05
-    // before the start), above not widened; ends included at tolerance 0.
-    EXPECT_TRUE(pointOnSegment(O, seg, 0.0f) && pointOnSegment(seg.m_end, seg, 0.0f));
+    // before the start), above not widened.
     EXPECT_TRUE(pointOnSegment(V(-0.04f, 0, 0), seg, 0.5f));
     EXPECT_FALSE(pointOnSegment(V(-0.06f, 0, 0), seg, 0.5f));
     EXPECT_FALSE(pointOnSegment(V(10.01f, 0, 0), seg, 0.5f));
-    // A segment shorter than TOLERANCE keeps its direction: 0.01 off is a squared 0.0001.
-    KDRSegment const tiny(O, V(0.00005f, 0, 0));
-    EXPECT_TRUE(pointOnSegment(V(0.00002f, 0.01f, 0), tiny, 0.0002f));
-    EXPECT_FALSE(pointOnSegment(V(0.00002f, 0.01f, 0), tiny, 0.00005f));
-    EXPECT_TRUE(pointOnSegment(V(1, 0.1f, 0), KDRSegment(X, X), 0.011f)); // zero length
-    EXPECT_FALSE(pointOnSegment(V(1, 0.1f, 0), KDRSegment(X, X), 0.009f));
-    // Coplanar: parallel lines, lines through one point; skew by 1 gives c = -z.
+    // Coplanar: parallel lines; skew by 1 gives c = -z, each component against the tolerance.
     EXPECT_TRUE(areCoplanar(L(O, X), L(V(0, 3, 5), X), 0.0f));
     EXPECT_FALSE(areCoplanar(L(O, X), L(Z, Y), 0.99f));
-    EXPECT_TRUE(areCoplanar(L(O, X), L(Z, Y), 1.0f));
 }
 
 TEST(Projection, OnALineAndAlongADirectionOnAPlane) {
@@ -107,7 +77,6 @@ TEST(Projection, OnALineAndAlongADirectionOnAPlane) {
     float param;
     // A direction too short for setDir stays zero; one along the plane is parallel.
     EXPECT_EQ(projection(out, X, Plane(), V(0, 0, 0.00005f)), e_geomContained);
-    EXPECT_EQ(projection(out, Z, Plane(), V(0, 0, 0.00005f)), e_geomParallel);
     EXPECT_EQ(projection(out, Z, Plane(), X), e_geomParallel);
     EXPECT_TRUE(untouched(out));
     EXPECT_EQ(projectionOrtho(out, param, V(4, 5, 6), L(Y, X)), e_geomProjected);
@@ -119,26 +88,20 @@ TEST(Projection, OnALineAndAlongADirectionOnAPlane) {
 
 TEST(SmallQuantities, SpherisePointNormal3PtsAndCote) {
     V out;
-    spherisePoint(out, V(1, -1, 3), 6.0f, 1.0f); // signed components: S = 1 - 1 + 3
-    EXPECT_TRUE(near(out, 2, -2, 6, 1e-6));
     // Per-axis exponents on absolute values, no root: S = |1|^3 + |-3|^2 + |2|^1 = 12.
     spherisePoint(out, V(2, -3, 1), 12.0f, V(1, 2, 3));
     EXPECT_TRUE(near(out, 2, -3, 1, 1e-6));
-
-    V const pts[3] = {O, X, V(1, 2, 0)};         // edges (1, 0, 0) and (0, 2, 0)
-    normal3Pts(out, pts, 0, 1, 2, false, false); // a sum of edges, c - a
+    V const pts[3] = {O, X, V(1, 2, 0)};
+    normal3Pts(out, pts, 0, 1, 2, false, false); // a sum of edges (1, 0, 0) + (0, 2, 0)
     EXPECT_TRUE(near(out, 1, 2, 0));
-    normal3Pts(out, pts[0], pts[1], pts[2], true, true);
-    EXPECT_TRUE(near(out, 0.70710677f, 0.70710677f, 0, 1e-7));
     normal3Pts(out, O, X, O, true, true); // back-tracking: the zero sum stays zero
     EXPECT_TRUE(near(out, 0, 0, 0));
-
     float half = SENTINEL;
     EXPECT_TRUE(Cote(X, -X, 5.0f, half) == 0.0f && half == HALF_PI_F); // opposite
-    EXPECT_TRUE(Cote(X, X, 5.0f, half) == 0.0f && half == 0.0f);       // equal: tan(h) = 0
     EXPECT_NEAR(Cote(X, Y, 5.0f, half), 5.0f, 1e-6);                   // tan(pi/4) = 1
+    // Within 0.01 of pi/2 for the half angle, or of 0 for its tangent, the result is 0.
     auto at = [](double a) { return V(float(std::cos(a)), float(std::sin(a)), 0); };
-    EXPECT_EQ(Cote(X, at(PI_D - 0.019), 1.0f, half), 0.0f); // h within 0.01 of pi/2
-    EXPECT_NEAR(Cote(X, at(0.0202), 1.0f, half), 1.0 / std::tan(0.0101), 1e-2); // just over
-    EXPECT_EQ(Cote(X, at(0.0198), 1.0f, half), 0.0f); // tan(h) within 0.01
+    EXPECT_EQ(Cote(X, at(PI_D - 0.019), 1.0f, half), 0.0f);
+    EXPECT_EQ(Cote(X, at(0.0198), 1.0f, half), 0.0f);
+    EXPECT_NEAR(Cote(X, at(0.0202), 1.0f, half), 1.0 / std::tan(0.0101), 1e-2);
 }
