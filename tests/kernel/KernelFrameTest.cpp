@@ -46,6 +46,7 @@ TEST(KernelFrameOps, SimplestOperationsWriteWhatTheySay) {
         m[i] = S, src[i] = static_cast<float>(i) - 4.5f;
     kernel().setIdentity(m);
     expectNear(m, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    std::fill(m, m + 16, S);
     kernel().setZero(m);
     expectNear(m, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0});
     float * copy = kernel().getMat4fCopy(src);

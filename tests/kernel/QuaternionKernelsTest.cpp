@@ -58,6 +58,8 @@ TEST(QuaternionKernels, InterpolationsAreUnnormalisedAndTakeTheShorterWay) {
     expectNear(d, {1.6 * s, 0.8 * s, 0, 0}, 1e-6);
     kernel().quaternionSLERP(e, a, nb, 0.5f);
     expectNear(e, {d[0], d[1], d[2], d[3]});
+    kernel().quaternionSLERP(d, a, j, 0.5f); // zero dot: h = pi/2, towards j, not -j
+    expectNear(d, {0.7071068, 0, 0.7071068, 0}, 1e-7);
     kernel().quaternionSLERP(d, a, a, 0.3f);
     expectNear(d, {0, 0, 0, 0});
     float const past[4] = {1.0f + 0x1p-23f, 0, 0, 0}; // dot above 1: acos gives NaN
