@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace {
 
 // Counts its destructions, so that a test sees whether and how often the count ended it.
@@ -15,16 +17,10 @@ private:
     int * m_deaths;
 };
 
-// The smart pointer a client would build on CountedPtrBase.
-class ProbePtr : public CountedPtrBase {
-public:
-    explicit ProbePtr(Probe * object) : m_object(object) { ref(m_object); }
-    ProbePtr(const ProbePtr & other) : CountedPtrBase(), m_object(other.m_object) { ref(m_object); }
-    ProbePtr & operator=(const ProbePtr &) = delete;
-    ~ProbePtr() { unref(m_object); }
-
-private:
-    Probe * m_object;
+// What a client's smart pointer reaches of CountedPtrBase.
+struct Counted : CountedPtrBase {
+    using CountedPtrBase::ref;
+    using CountedPtrBase::unref;
 };
 
 } // namespace
@@ -46,85 +42,60 @@ TEST(MultiRefObject, UnrefDeletesOnlyOnTheStepToZero) {
     q->ref(); // -1 -> 0 is an increment: no delete either
     q->ref();
     q->unrefNoDelete(); // 1 -> 0 without delete: the object is handed on alive
-    EXPECT_EQ(q->getRefCount(), 0);
-    EXPECT_EQ(deaths, 1);
-    delete q;
+    EXPECT_TRUE(q->getRefCount() == 0 && deaths == 1);
+    delete q; // deaths: 2
 
-    deaths = 0;
-    {
-        ProbePtr a(new Probe(&deaths));
-        ProbePtr b(a);
-        ProbePtr none(nullptr);
-        ProbePtr noneCopy(none);
-    }
-    EXPECT_EQ(deaths, 1); // the last owner ended the object; the null owners did nothing
+    Counted c;
+    c.ref(nullptr); // null: nothing
+    c.unref(nullptr);
+    c.ref(q = new Probe(&deaths));
+    EXPECT_EQ(q->getRefCount(), 1);
+    c.unref(q); // the step to zero ends the object
+    EXPECT_EQ(deaths, 3);
 }
 
-template <class Guard> class RefUnrefGuards : public ::testing::Test {};
-using RefUnrefGuardTypes = ::testing::Types<AutoRefUnref, MultiRefObject::AutoRefUnref>;
-TYPED_TEST_SUITE(RefUnrefGuards, RefUnrefGuardTypes);
+// AutoRefUnref (both classes) counts a reference of its own; AutoUnref takes over one that the
+// caller counted. Mode 2 is resolved at construction from the count before any increment.
+template <class Guard> class Guards : public ::testing::Test {};
+using GuardTypes = ::testing::Types<AutoRefUnref, MultiRefObject::AutoRefUnref, AutoUnref>;
+TYPED_TEST_SUITE(Guards, GuardTypes);
 
-TYPED_TEST(RefUnrefGuards, ModesAreResolvedAtConstruction) {
+TYPED_TEST(Guards, ModesAreResolvedAtConstruction) {
     using Guard = TypeParam;
+    using Mode = typename Guard::e_deleteMode;
+    const int own = std::is_same_v<Guard, AutoUnref> ? 0 : 1; // the guard's own reference
     int deaths = 0;
     Probe * p = new Probe(&deaths);
+    auto setCount = [p](int count) { // as if other owners came or went
+        while (p->getRefCount() != count)
+            p->getRefCount() < count ? p->ref() : p->unrefNoDelete();
+    };
     {
-        Guard g(p, Guard::e_deleteIfReferenced); // count 0 before the increment: e_noDelete
-        EXPECT_EQ(p->getRefCount(), 1);
+        Guard g(p, Guard::e_deleteIfReferenced); // count 0: resolves to e_noDelete
+        EXPECT_EQ(p->getRefCount(), own);
     }
-    EXPECT_EQ(p->getRefCount(), 0);
+    EXPECT_EQ(p->getRefCount(), own - 1); // alive; -1 after AutoUnref
+    setCount(1);                          // one owner besides the guard
     {
         Guard g(p, Guard::e_noDelete);
         p->ref(); // references taken meanwhile change nothing of the resolved mode
-        p->unrefNoDelete();
+        p->unref();
     }
+    EXPECT_EQ(p->getRefCount(), own);
+    setCount(1);
     {
-        // A mode outside the table: the reference taken is never given back.
-        Guard g(p, static_cast<typename Guard::e_deleteMode>(7));
+        Guard g(p, static_cast<Mode>(7)); // outside the table: the guard ends doing nothing
     }
-    EXPECT_EQ(p->getRefCount(), 1);
+    EXPECT_EQ(p->getRefCount(), 1 + own);
+    setCount(1);
     {
-        Guard g(p, Guard::e_deleteIfReferenced); // count 1: e_delete
-        EXPECT_EQ(p->getRefCount(), 2);
-    }
-    EXPECT_EQ(p->getRefCount(), 1);
-    EXPECT_EQ(deaths, 0);
-    {
-        Guard g(p, Guard::e_deleteIfReferenced);
-        p->unref(); // the other owner goes: the guard holds the last reference
+        Guard g(p, Guard::e_deleteIfReferenced); // count 1 (with AutoRefUnref's own 2)
+        EXPECT_EQ(p->getRefCount(), 1 + own);
+        for (int i = own; i > 0; --i)
+            p->unref(); // the other owner goes: the guard holds the last reference
         EXPECT_EQ(deaths, 0);
     }
     EXPECT_EQ(deaths, 1);
     for (int mode = 0; mode < 4; ++mode)
-        Guard g(nullptr, static_cast<typename Guard::e_deleteMode>(mode)); // does nothing
-}
-
-TEST(AutoUnref, TakesOverACountedReference) {
-    int deaths = 0;
-    Probe * p = new Probe(&deaths);
-    {
-        AutoUnref g(p, AutoUnref::e_deleteIfReferenced); // count 0: resolves to e_noDelete
-        EXPECT_EQ(p->getRefCount(), 0);                  // the count is not touched
-    }
-    EXPECT_EQ(p->getRefCount(), -1);
-    p->ref();
-    p->ref();
-    {
-        AutoUnref g(p, AutoUnref::e_noDelete); // 1 -> 0, alive
-    }
-    {
-        AutoUnref g(p, static_cast<AutoUnref::e_deleteMode>(9)); // outside the table: nothing
-    }
-    EXPECT_EQ(p->getRefCount(), 0);
-    p->ref();
-    {
-        AutoUnref g(p, AutoUnref::e_deleteIfReferenced); // count 1: resolves to e_delete
-        p->ref();
-    }
-    EXPECT_EQ(p->getRefCount(), 1);
-    EXPECT_EQ(deaths, 0);
-    { AutoUnref g(p, AutoUnref::e_delete); }
-    EXPECT_EQ(deaths, 1);
-    for (int mode = 0; mode < 4; ++mode)
-        AutoUnref g(nullptr, static_cast<AutoUnref::e_deleteMode>(mode));
+        Guard g(nullptr, static_cast<Mode>(mode)); // does nothing
 }
