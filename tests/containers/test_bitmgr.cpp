@@ -8,29 +8,19 @@
 
 namespace {
 
-// Reference answers for a value of `width` bits: first-bit queries give the width when nothing
-// matches, last-bit queries give 8 in every width.
-void expectAll(std::uint32_t v, int width, int n1, int n0, int f1, int f0, int l1, int l0) {
-    int count = 0, first1 = width, first0 = width, last1 = 8, last0 = 8;
-    for (int b = width - 1; b >= 0; --b) {
-        const bool set = ((v >> b) & 1u) != 0;
-        count += set;
-        (set ? first1 : first0) = b;
-    }
+// Reference answers for a value of `width` bits, bit by bit: counts of 1 and 0, first 1, first
+// 0, last 1, last 0. First-bit queries give the width when nothing matches, last-bit queries 8.
+template <class W> void expectWidth(W w, int width) {
+    const auto v = static_cast<std::uint32_t>(w);
+    int want[6] = {0, width, width, width, 8, 8};
+    for (int b = width - 1; b >= 0; --b)
+        want[((v >> b) & 1u) != 0 ? (++want[0], --want[1], 2) : 3] = b;
     for (int b = 0; b < width; ++b)
-        (((v >> b) & 1u) != 0 ? last1 : last0) = b;
-    ASSERT_EQ(n1, count) << width << "-bit " << v;
-    ASSERT_EQ(n0, width - count) << width << "-bit " << v;
-    ASSERT_EQ(f1, first1) << width << "-bit " << v;
-    ASSERT_EQ(f0, first0) << width << "-bit " << v;
-    ASSERT_EQ(l1, last1) << width << "-bit " << v;
-    ASSERT_EQ(l0, last0) << width << "-bit " << v;
-}
-
-template <class W> void expectWidth(W v, int width) {
-    expectAll(static_cast<std::uint32_t>(v), width, BitMgr::getNumBits1(v), BitMgr::getNumBits0(v),
-              BitMgr::getFirstBit1(v), BitMgr::getFirstBit0(v), BitMgr::getLastBit1(v),
-              BitMgr::getLastBit0(v));
+        want[((v >> b) & 1u) != 0 ? 4 : 5] = b;
+    const int got[6] = {BitMgr::getNumBits1(w),  BitMgr::getNumBits0(w), BitMgr::getFirstBit1(w),
+                        BitMgr::getFirstBit0(w), BitMgr::getLastBit1(w), BitMgr::getLastBit0(w)};
+    for (int q = 0; q < 6; ++q)
+        ASSERT_EQ(got[q], want[q]) << "query " << q << " of " << width << "-bit " << v;
 }
 
 } // namespace
@@ -42,28 +32,16 @@ TEST(BitMgr, EveryByteAnd16BitValueAndRandom32BitWords) {
         expectWidth(static_cast<unsigned short>(v), 16);
     }
     std::mt19937 rng(7);
-    for (int k = 0; k < 20000; ++k) {
-        // Sparse, dense and single-bit words reach every byte of the word.
-        std::uint32_t v = k % 3 == 0   ? rng()
-                          : k % 3 == 1 ? rng() & rng() & rng()
-                                       : ~(rng() & rng());
-        if (k < 33)
-            v = k == 32 ? 0u : 1u << k;
+    for (int k = 0; k < 20000; ++k) { // single bits, 0, all set, then even, sparse and dense
+        const std::uint32_t r = rng(), v = k < 32       ? 1u << k
+                                           : k == 32    ? 0u
+                                           : k == 33    ? ~0u
+                                           : k % 3 == 0 ? r
+                                           : k % 3 == 1 ? r & rng() & rng()
+                                                        : ~(r & rng());
         expectWidth(static_cast<unsigned long>(v), 32);
     }
-}
-
-TEST(BitMgr, NothingMatchesAndTheOrdering) {
-    EXPECT_EQ(BitMgr::getFirstBit0(static_cast<unsigned short>(65535)), 16);
-    EXPECT_EQ(BitMgr::getFirstBit0(0xFFFFFFFFul), 32);
-    EXPECT_EQ(BitMgr::getFirstBit1(0ul), 32);
-    EXPECT_EQ(BitMgr::getLastBit1(static_cast<unsigned short>(0)), 8);
-    EXPECT_EQ(BitMgr::getLastBit1(0ul), 8);
-    EXPECT_EQ(BitMgr::getLastBit0(0xFFFFFFFFul), 8);
-    // Only the low 32 bits of an unsigned long form the word.
-    EXPECT_EQ(BitMgr::getNumBits1(0xF00000000ul), 0);
-    EXPECT_EQ(BitMgr::getFirstBit0(0xFFFFFFFFFFFFFFFFul), 32);
-    EXPECT_EQ(BitMgr::getLastBit1(0x100000001ul), 0);
+    EXPECT_EQ(BitMgr::getNumBits1(0xF00000000ul), 0); // only the low 32 bits form the word
     EXPECT_EQ(BitMgr::getBitOrdering(), e_lowBitFirst);
     EXPECT_EQ(static_cast<int>(e_lowBitFirst), 1);
 }
