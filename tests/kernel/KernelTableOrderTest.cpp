@@ -31,11 +31,9 @@ template <typename F> long slotOf(F f) {
 
 // Reaches the protected hooks, and appends one virtual operation: the first slot after the base
 // table, which shows where the destructor's entries end.
-class Probe : public EnhancedMathFunctions {
-public:
-    static long refSlot() { return slotOf(&Probe::ref); }
-    static long unrefSlot() { return slotOf(&Probe::unref); }
-    static long appendedSlot() { return slotOf(&Probe::appended); }
+struct Probe : EnhancedMathFunctions {
+    using EnhancedMathFunctions::ref;
+    using EnhancedMathFunctions::unref;
     virtual void appended() const {}
 };
 
@@ -49,7 +47,7 @@ using Inv2 = bool (K::*)(float *, float const *) const;
 using Sqrt1 = float (K::*)(float) const;
 using Sqrt2 = float (K::*)(float, int) const;
 #define E(name) {#name, slotOf(&K::name)}
-#define P(name) {#name, Probe::name##Slot()}
+#define P(name) {#name, slotOf(&Probe::name)}
 #define O(name, type) {#name " " #type, slotOf(static_cast<type>(&K::name))}
 // clang-format on
 
@@ -83,7 +81,7 @@ TEST(KernelTable, OperationsKeepTheirPublishedOrder) {
         EXPECT_EQ(table[i].second, i) << table[i].first;
     // The virtual destructor comes last, in its two slots (complete and deleting): no other
     // virtual member, det2, dot3, det3 of three vectors or factor among them, follows.
-    EXPECT_EQ(Probe::appendedSlot(), count + 2);
+    EXPECT_EQ(slotOf(&Probe::appended), count + 2);
 }
 
 #undef E
