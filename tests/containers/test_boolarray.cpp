@@ -93,11 +93,11 @@ TEST(KDRBoolArray, AgreesWithVectorBoolOverRandomOperations) {
                 kind < 2 ? a.resize(to, v) : a.assign(to, v);
                 m.resize(kind < 2 ? m.size() : 0);
                 m.resize(static_cast<std::size_t>(to), v);
-            } else if (op == 1) { // single bits, the auto-resizing ones up to 20 beyond the size
-                const int auto3 = n == 0 || v ? 3 : 0, which = kind % 3;
-                const int i = auto3 ? U(0, n + 20) : U(0, n - 1);
+            } else if (op == 1) { // single bits; the auto-resizing forms reach 20 beyond the size
+                const int which = kind % 3, grow = n == 0 || v ? 3 : 0; // bitOps[3..5] resize
+                const int i = grow ? U(0, n + 20) : U(0, n - 1);
                 put(m, i, which == 0 || (which == 2 && !(i < n && m[i])));
-                (a.*bitOps[which + auto3])(i);
+                (a.*bitOps[which + grow])(i);
             } else if (op == 2) { // ranges: a count below 1 counts as 1, a negative start: nothing
                 const int start = U(-2, n + 10), count = U(-2, 30);
                 v ? a.set(start, count) : a.clear(start, count);

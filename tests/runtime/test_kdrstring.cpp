@@ -59,24 +59,19 @@ TEST(Swprintf, ConversionsOnSixteenBitText) {
     EXPECT_EQ(format16(u""), u"");
     // '%%'; an unknown directive, a lone '%' at the end and '%n' stand as written.
     EXPECT_EQ(format16(u"100%% sure|%k|%n|%", 0), u"100% sure|%k|%n|%");
-    EXPECT_EQ(format16(u"%d|%i|%u|%x|%X|%o", -42, 7, 4294967295u, 255, 255, 8),
-              u"-42|7|4294967295|ff|FF|10");
-    EXPECT_EQ(
-        format16(u"[%5d][%-5d][%05d][%+d][% d][%.3d][%#x][%#o]", 42, 42, 42, 42, 42, 7, 255, 8),
-        u"[   42][42   ][00042][+42][ 42][007][0xff][010]");
+    EXPECT_EQ(format16(u"[%5d][%-5i][%05u][%+d][% d][%.3d][%#x][%#X][%#o]|%d|%u|%o", 42, 42, 42u,
+                       42, 42, 7, 255, 255, 8, -42, 4294967295u, 8),
+              u"[   42][42   ][00042][+42][ 42][007][0xff][0XFF][010]|-42|4294967295|10");
     // '*' takes the width from the arguments; a negative one means '-' and its magnitude.
     EXPECT_EQ(format16(u"[%*d][%-*d][%*d]", 4, 7, 3, 7, -3, 7), u"[   7][7  ][7  ]");
     // Each length modifier reads an argument of its own type and narrows as printf does.
     EXPECT_EQ(format16(u"%hhd %hd %ld %lld %zu %hhu %llx", 300, 70000, -5L, -9000000000LL,
                        std::size_t{12}, 257, 0x123456789ULL),
               u"44 4464 -5 -9000000000 12 1 123456789");
-    EXPECT_EQ(format16(u"%f|%.2f|%8.3f|%-8.1f|%+.0f", 1.5, 2.3456, 3.14159, 2.25, 2.0),
-              u"1.500000|2.35|   3.142|2.2     |+2");
-    EXPECT_EQ(format16(u"%e|%.1E|%g|%g|%G|%g", 1234.5, 0.00025, 0.0001, 1e-5, 1e20, 1e6),
-              u"1.234500e+03|2.5E-04|0.0001|1e-05|1E+20|1e+06");
-    EXPECT_EQ(
-        format16(u"%#.0f|%#g|%F|%f|%.*f|%.*f", 3.0, 1.5, HUGE_VAL, -HUGE_VAL, 2, 3.14159, -1, 1.5),
-        u"3.|1.50000|INF|-inf|3.14|1.500000"); // a negative '*' precision counts as none
+    // Numbers go out with their flags, width and precision; a negative '*' precision is none.
+    EXPECT_EQ(format16(u"%f|%8.3f|%-8.1f|%+.0f|%.1E|%g|%G|%#g|%F|%.*f|%.*f", 1.5, 3.14159, 2.25,
+                       2.0, 0.00025, 1e-5, 1e20, 1.5, -HUGE_VAL, 2, 3.14159, -1, 1.5),
+              u"1.500000|   3.142|2.2     |+2|2.5E-04|1e-05|1E+20|1.50000|-INF|3.14|1.500000");
     // 1e300 in fixed notation with 300 decimals: far longer than any small local buffer.
     char big[1024];
     std::snprintf(big, sizeof big, "%.300f", 1e300);

@@ -21,8 +21,12 @@ namespace {
 
 // Read while this program starts, before any test ran.
 const eKDROSVersion osVersionAtStart = KDROSVersion::getOSVersion();
-const bool anyOSTestAtStart = KDROSVersion::isOS9() || KDROSVersion::isOSX() ||
-                              KDROSVersion::isOSXJaguar() || KDROSVersion::isOSXPanther();
+// The four version tests as bits 0 to 3.
+int osTests() {
+    return KDROSVersion::isOS9() | KDROSVersion::isOSX() << 1 | KDROSVersion::isOSXJaguar() << 2 |
+           KDROSVersion::isOSXPanther() << 3;
+}
+const int osTestsAtStart = osTests();
 
 std::string contents(const fs::path & file) {
     std::ifstream in(file, std::ios::binary);
@@ -85,39 +89,32 @@ TEST(KDRDebugFile, EmptiedOnceThenAppendedInFlushedLines) {
 TEST(KDRExit, RunsLastAddedFirstEachOnce) {
     exitLog.clear();
     KDRExit::exit(); // nothing registered: nothing happens
-    KDRExit::addExitFun([] { exitLog.push_back(1); });
+    void (*const one)() = [] { exitLog.push_back(1); };
+    KDRExit::addExitFun(one);
     KDRExit::addExitFun([] { // calls exit from inside, which does nothing
         exitLog.push_back(2);
         KDRExit::exit();
     });
-    KDRExit::addExitFun([] { exitLog.push_back(3); });
-    KDRExit::addExitFun([] { // adds a function, which runs next
+    KDRExit::addExitFun(one); // duplicates run once per addition
+    KDRExit::addExitFun([] {  // adds a function, which runs next
         exitLog.push_back(4);
         KDRExit::addExitFun([] { exitLog.push_back(5); });
     });
     KDRExit::exit();
     KDRExit::exit();
-    EXPECT_EQ(exitLog, (std::vector<int>{4, 5, 3, 2, 1}));
-    // After exit a new registry starts, and a later exit runs it; duplicates run once each.
-    exitLog.clear();
-    void (*const six)() = [] { exitLog.push_back(6); };
-    KDRExit::addExitFun(six);
-    KDRExit::addExitFun(six);
+    KDRExit::addExitFun(one); // after exit a new registry starts, and a later exit runs it
     KDRExit::exit();
-    EXPECT_EQ(exitLog, (std::vector<int>{6, 6}));
+    EXPECT_EQ(exitLog, (std::vector<int>{4, 5, 1, 2, 1, 1}));
 }
 
 TEST(KDROSVersion, UnsetUntilInitThenExactTests) {
     EXPECT_EQ(osVersionAtStart, eKDROSUnknown);
-    EXPECT_FALSE(anyOSTestAtStart);
+    EXPECT_EQ(osTestsAtStart, 0);
     // Each value makes exactly its own test true: isOSX() is false for Jaguar and Panther.
     for (int v = 4; v >= 1; --v) { // init may be called again
         KDROSVersion::init(static_cast<eKDROSVersion>(v));
         EXPECT_EQ(KDROSVersion::getOSVersion(), v);
-        EXPECT_EQ(KDROSVersion::isOS9(), v == 1) << v;
-        EXPECT_EQ(KDROSVersion::isOSX(), v == 2) << v;
-        EXPECT_EQ(KDROSVersion::isOSXJaguar(), v == 3) << v;
-        EXPECT_EQ(KDROSVersion::isOSXPanther(), v == 4) << v;
+        EXPECT_EQ(osTests(), 1 << (v - 1)) << v;
     }
     KDROSVersion::init(eKDROSUnknown);
 }
