@@ -1,6 +1,8 @@
 // LUDecomp.cpp - dense Gaussian elimination, back substitution and inversion
 #include "kdrcore/solver/LUDecomp.h"
 
+#include "solver/Elimination.h"
+
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
@@ -62,66 +64,16 @@ template <class Rhs> void growPair(double *& mat, Rhs *& rhs, int & size, int n)
     size = n;
 }
 
-// rhs[i] - f * rhs[k], at double width, stored in the right-hand side's own precision.
-inline void subtractScaled(double & target, double f, const double & pivotRow) {
-    target = target - f * pivotRow;
-}
-inline void subtractScaled(_POINT3D & target, double f, const _POINT3D & pivotRow) {
-    target.x = static_cast<float>(wide(target.x) - f * wide(pivotRow.x));
-    target.y = static_cast<float>(wide(target.y) - f * wide(pivotRow.y));
-    target.z = static_cast<float>(wide(target.z) - f * wide(pivotRow.z));
-}
-
 } // namespace
 
-// The elimination works in place on one work matrix. Each step reads only the pivot row and the
-// row it updates, and each new entry is the same single expression of the same old values as in
-// a step that writes into a second copy, so the results are identical to the copying form.
-// Rows at or below step k hold exact zeros left of column k, so swapping them from column k on
-// swaps them whole.
-template <class Rhs> static void eliminate(double * a, Rhs * b, int n) {
-    const double tolerance = TOLERANCE;
-    for (int k = 0; k + 1 < n; ++k) {
-        double * const rowK = a + static_cast<std::size_t>(k) * static_cast<std::size_t>(n);
-        double p = rowK[k];
-        if (std::fabs(p) < tolerance) {
-            // The first acceptable row, not the largest; a NaN is acceptable.
-            int r = k + 1;
-            while (r < n && std::fabs(a[static_cast<std::size_t>(r) * static_cast<std::size_t>(n) +
-                                        static_cast<std::size_t>(k)]) < tolerance)
-                ++r;
-            if (r == n) {
-                for (int i = k + 1; i < n; ++i)
-                    a[static_cast<std::size_t>(i) * static_cast<std::size_t>(n) +
-                      static_cast<std::size_t>(k)] = 0.0;
-                continue;
-            }
-            LUDecomp::Permut_lignes(a, n, n, k, r, k);
-            std::swap(b[k], b[r]);
-            p = rowK[k];
-        }
-        const double inv = 1.0 / p;
-        for (int i = k + 1; i < n; ++i) {
-            double * const rowI = a + static_cast<std::size_t>(i) * static_cast<std::size_t>(n);
-            const double f = inv * rowI[k];
-            for (int j = k + 1; j < n; ++j)
-                rowI[j] = rowI[j] - f * rowK[j];
-            rowI[k] = 0.0;
-            subtractScaled(b[i], f, b[k]);
-        }
-    }
-}
-
+// The elimination runs in place on the caller's arrays (Elimination.h), with the same results as
+// working in the buffers and copying back; the matrix buffer of the pair holds the packed pivot
+// rows of the blocked passes.
 bool LUDecomp::Triangularise_matrice(double * matrix, double * rhs, int n) {
     growPair(New_mat, New_FLOAT, triangn, n);
     if (n < 1)
         return true;
-    const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-    std::memcpy(New_mat, matrix, nn * sizeof(double));
-    std::memcpy(New_FLOAT, rhs, static_cast<std::size_t>(n) * sizeof(double));
-    eliminate(New_mat, New_FLOAT, n);
-    std::memcpy(matrix, New_mat, nn * sizeof(double));
-    std::memcpy(rhs, New_FLOAT, static_cast<std::size_t>(n) * sizeof(double));
+    kdrsolver::eliminate(matrix, rhs, n, kdrsolver::bestRowUpdate(), New_mat);
     for (int i = 0; i < n; ++i)
         if (std::fabs(matrix[static_cast<std::size_t>(i) * static_cast<std::size_t>(n + 1)]) <
             DIAGONAL_LIMIT)
@@ -133,12 +85,7 @@ void LUDecomp::Triangularise_Pmatrice(double * matrix, _POINT3D * rhs, int n) {
     growPair(New_pmat, New_POINT3D, ptriangn, n);
     if (n < 1)
         return;
-    const std::size_t nn = static_cast<std::size_t>(n) * static_cast<std::size_t>(n);
-    std::memcpy(New_pmat, matrix, nn * sizeof(double));
-    std::memcpy(New_POINT3D, rhs, static_cast<std::size_t>(n) * sizeof(_POINT3D));
-    eliminate(New_pmat, New_POINT3D, n);
-    std::memcpy(matrix, New_pmat, nn * sizeof(double));
-    std::memcpy(rhs, New_POINT3D, static_cast<std::size_t>(n) * sizeof(_POINT3D));
+    kdrsolver::eliminate(matrix, rhs, n, kdrsolver::bestRowUpdate(), New_pmat);
 }
 
 double * LUDecomp::Resoud_matrice(const double * matrix, const double * rhs, int n, bool * ok) {
