@@ -78,8 +78,13 @@ inline void visit(int sweep, double thresh, double & apq, double & e, double & f
 }
 } // namespace
 
-void EnhancedMathFunctions::jacobi3(float * const values, float (*const vectors)[3],
+void EnhancedMathFunctions::jacobi3(float * const valuesOut, float (*const vectorsOut)[3],
                                     int & rotations, float const * const m) const {
+    // The work runs on local copies, written to the caller's arrays once at the end: the result
+    // is the same, and the rotations' chain of dependent operations no longer goes through
+    // memory (the caller's two float arrays might overlap, as far as the compiler knows).
+    float values[3];
+    float vectors[3][3];
     // The upper triangle, at double width; the diagonal lives in `values`.
     double a01 = wide(m[1]);
     double a02 = wide(m[2]);
@@ -93,25 +98,32 @@ void EnhancedMathFunctions::jacobi3(float * const values, float (*const vectors)
         for (int j = 0; j < 3; ++j)
             vectors[i][j] = (i == j) ? 1.0f : 0.0f;
     }
-    rotations = 0;
+    int visited = 0;
 
     for (int sweep = 0; sweep < kMaxSweeps; ++sweep) {
         double const sm = std::fabs(a01) + std::fabs(a02) + std::fabs(a12);
         if (sm == 0.0)
-            return;
+            break;
         double const thresh = sweep < 3 ? sm * kThresholdShare : 0.0;
         // The count is of pairs visited, rotated or not: three per sweep.
         visit<0, 1>(sweep, thresh, a01, a02, a12, values, z, vectors);
         visit<0, 2>(sweep, thresh, a02, a01, a12, values, z, vectors);
         visit<1, 2>(sweep, thresh, a12, a01, a02, values, z, vectors);
-        rotations += 3;
+        visited += 3;
         for (int k = 0; k < 3; ++k) {
             b[k] += z[k];
             values[k] = narrow(b[k]);
             z[k] = 0.0;
         }
     }
-    // Not converged after the last sweep: what there is stands, without a report.
+    // Converged (a diagonal block), or not after the last sweep: what there is stands, without a
+    // report.
+    rotations = visited;
+    for (int i = 0; i < 3; ++i) {
+        valuesOut[i] = values[i];
+        for (int j = 0; j < 3; ++j)
+            vectorsOut[i][j] = vectors[i][j];
+    }
 }
 
 bool EnhancedMathFunctions::factor(float * const r, float * const s, float * const u,
