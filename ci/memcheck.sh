@@ -15,6 +15,10 @@ cd "$(dirname "$0")/.."
 root=$(pwd)
 build=${MEMCHECK_BUILD:-$root/build-memcheck}
 jobs=${MEMCHECK_JOBS:-2}
+# Tests left out under valgrind: SimdBitExact compares the AVX2/FMA paths with the plain formula
+# bit for bit, and valgrind's emulation of those instructions does not keep the sign of a zero
+# product sum (the test passes natively). Set MEMCHECK_GTEST_FILTER= to run everything.
+filter=${MEMCHECK_GTEST_FILTER--SimdBitExact.*}
 
 if ! command -v valgrind >/dev/null 2>&1; then
     echo "memcheck: skipped: valgrind not found"
@@ -50,7 +54,7 @@ for program in "${programs[@]}"; do
     (cd "$scratch" && valgrind --tool=memcheck --error-exitcode=99 --leak-check=full \
         --show-leak-kinds=definite,indirect,possible --errors-for-leak-kinds=definite,indirect,possible \
         --track-origins=yes --suppressions="$root/ci/valgrind.supp" --gen-suppressions=all \
-        "$build/tests/$program" --gtest_brief=1) >"$log" 2>&1
+        "$build/tests/$program" --gtest_brief=1 ${filter:+--gtest_filter="$filter"}) >"$log" 2>&1
     status=$?
     rm -rf "$scratch"
     seconds=$(($(date +%s) - start))
@@ -58,7 +62,11 @@ for program in "${programs[@]}"; do
     reachable=$(sed -n 's/.*still reachable: \([0-9,]*\) bytes in \([0-9,]*\) blocks.*/\1 bytes in \2 blocks/p' "$log" | tail -n 1)
     if [ $status -ne 0 ]; then
         failed=1
-        grep -E '^==[0-9]+==' "$log" | head -n 80
+        if [ "${errors:-0}" != 0 ]; then
+            grep -E '^==[0-9]+==' "$log" | head -n 80
+        else # no memory error: a test failed
+            grep -v -E '^==[0-9]+==' "$log" | head -n 40
+        fi
         printf 'memcheck: %-28s FAILED (exit %d, %s errors, %ss; log %s)\n' "$program" "$status" \
             "${errors:-?}" "$seconds" "$log"
     else
