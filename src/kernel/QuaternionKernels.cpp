@@ -4,6 +4,8 @@
 // Each result is formed at double width and rounded once, where it is stored. Operations that may
 // write over an input read every element they need before the first store (the products), or
 // work strictly element by element (the sums, the conjugate, the interpolations).
+#include "kernel/QuaternionKernels.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
@@ -26,26 +28,24 @@ void EnhancedMathFunctions::subQuaternions(float * const dst, float const * cons
         dst[i] = static_cast<float>(wide(a[i]) - wide(b[i]));
 }
 
+// The products live in QuaternionKernels.h, in a baseline and an AVX2 version with the same bits.
 void EnhancedMathFunctions::multQuaternions(float * const dst, float const * const a,
                                             float const * const b) const {
-    // All eight inputs are read before the first store: dst may be a or b.
-    double const a0 = wide(a[0]), a1 = wide(a[1]), a2 = wide(a[2]), a3 = wide(a[3]);
-    double const b0 = wide(b[0]), b1 = wide(b[1]), b2 = wide(b[2]), b3 = wide(b[3]);
-    dst[0] = static_cast<float>(a0 * b0 - a1 * b1 - a2 * b2 - a3 * b3);
-    dst[1] = static_cast<float>(a0 * b1 + a1 * b0 + a2 * b3 - a3 * b2);
-    dst[2] = static_cast<float>(a0 * b2 + a2 * b0 + a3 * b1 - a1 * b3);
-    dst[3] = static_cast<float>(a0 * b3 + a3 * b0 + a1 * b2 - a2 * b1);
+#if KDRCORE_SIMD_X86
+    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
+        return kdrkernel::multQuaternionsAvx2<false>(dst, a, b);
+#endif
+    kdrkernel::multQuaternionsPlain<false>(dst, a, b);
 }
 
+// The product with the conjugate of b, which stands for its inverse when b has length 1.
 void EnhancedMathFunctions::divQuaternionsU(float * const dst, float const * const a,
                                             float const * const b) const {
-    // The product with the conjugate of b, which stands for its inverse when b has length 1.
-    double const a0 = wide(a[0]), a1 = wide(a[1]), a2 = wide(a[2]), a3 = wide(a[3]);
-    double const b0 = wide(b[0]), b1 = -wide(b[1]), b2 = -wide(b[2]), b3 = -wide(b[3]);
-    dst[0] = static_cast<float>(a0 * b0 - a1 * b1 - a2 * b2 - a3 * b3);
-    dst[1] = static_cast<float>(a0 * b1 + a1 * b0 + a2 * b3 - a3 * b2);
-    dst[2] = static_cast<float>(a0 * b2 + a2 * b0 + a3 * b1 - a1 * b3);
-    dst[3] = static_cast<float>(a0 * b3 + a3 * b0 + a1 * b2 - a2 * b1);
+#if KDRCORE_SIMD_X86
+    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
+        return kdrkernel::multQuaternionsAvx2<true>(dst, a, b);
+#endif
+    kdrkernel::multQuaternionsPlain<true>(dst, a, b);
 }
 
 void EnhancedMathFunctions::conjugateQuaternion(float * const dst, float const * const q) const {

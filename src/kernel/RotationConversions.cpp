@@ -4,6 +4,8 @@
 // Each value is formed at double width and rounded once, where it is stored. No output may overlap
 // an input. The composite conversions reach their steps through the table, so that a replacement
 // kernel overriding a step changes the composite too.
+#include "kernel/QuaternionKernels.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Scalar.h"
 
@@ -68,22 +70,13 @@ void EnhancedMathFunctions::quaternionToAxis(float * const axis, float * angle,
     axis[2] = static_cast<float>(wide(q[3]) * k);
 }
 
+// In QuaternionKernels.h, in a baseline and an AVX2 version with the same bits.
 void EnhancedMathFunctions::quaternionToMatrix(float * const dst, float const * const q) const {
-    // The diagonal in the w*w form: equal to 1 - 2(y*y + z*z) for unit quaternions only.
-    double const w = wide(q[0]), x = wide(q[1]), y = wide(q[2]), z = wide(q[3]);
-    double const ww = w * w, xx = x * x, yy = y * y, zz = z * z;
-    double const xy = x * y, xz = x * z, yz = y * z;
-    double const wx = w * x, wy = w * y, wz = w * z;
-    dst[0] = static_cast<float>(2.0 * (ww + xx) - 1.0);
-    dst[1] = static_cast<float>(2.0 * (xy + wz));
-    dst[2] = static_cast<float>(2.0 * (xz - wy));
-    dst[4] = static_cast<float>(2.0 * (xy - wz));
-    dst[5] = static_cast<float>(2.0 * (ww + yy) - 1.0);
-    dst[6] = static_cast<float>(2.0 * (yz + wx));
-    dst[8] = static_cast<float>(2.0 * (xz + wy));
-    dst[9] = static_cast<float>(2.0 * (yz - wx));
-    dst[10] = static_cast<float>(2.0 * (ww + zz) - 1.0);
-    clearAffinePart(dst);
+#if KDRCORE_SIMD_X86
+    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
+        return kdrkernel::quaternionToMatrixAvx2(dst, q);
+#endif
+    kdrkernel::quaternionToMatrixPlain(dst, q);
 }
 
 int EnhancedMathFunctions::RotMatrixToQuaternion(float * const dst, float const * const m) const {

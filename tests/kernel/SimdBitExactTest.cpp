@@ -8,6 +8,7 @@
 // same bits, the sign of zero included. (Which NaN comes out of an operation on two NaNs is not
 // fixed even for scalar code: the compiler may swap the operands of an addition.)
 #include "../../src/kernel/MatrixKernels.h"
+#include "../../src/kernel/QuaternionKernels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
@@ -147,6 +148,38 @@ void refMultAffineMatrixVec3f(float * d, float const * m, float const * v) {
     std::memcpy(d, out, sizeof out);
 }
 
+void refMultQuaternions(float * d, float const * a, float const * b, bool conjugate) {
+    double const s = conjugate ? -1.0 : 1.0;
+    double const a0 = w(a[0]), a1 = w(a[1]), a2 = w(a[2]), a3 = w(a[3]);
+    double const b0 = w(b[0]), b1 = s * w(b[1]), b2 = s * w(b[2]), b3 = s * w(b[3]);
+    float const out[4] = {static_cast<float>(a0 * b0 - a1 * b1 - a2 * b2 - a3 * b3),
+                          static_cast<float>(a0 * b1 + a1 * b0 + a2 * b3 - a3 * b2),
+                          static_cast<float>(a0 * b2 + a2 * b0 + a3 * b1 - a1 * b3),
+                          static_cast<float>(a0 * b3 + a3 * b0 + a1 * b2 - a2 * b1)};
+    std::memcpy(d, out, sizeof out);
+}
+
+void refQuaternionToMatrix(float * d, float const * q) {
+    double const qw = w(q[0]), x = w(q[1]), y = w(q[2]), z = w(q[3]);
+    float const m[16] = {static_cast<float>(2.0 * (qw * qw + x * x) - 1.0),
+                         static_cast<float>(2.0 * (x * y + qw * z)),
+                         static_cast<float>(2.0 * (x * z - qw * y)),
+                         0.0f,
+                         static_cast<float>(2.0 * (x * y - qw * z)),
+                         static_cast<float>(2.0 * (qw * qw + y * y) - 1.0),
+                         static_cast<float>(2.0 * (y * z + qw * x)),
+                         0.0f,
+                         static_cast<float>(2.0 * (x * z + qw * y)),
+                         static_cast<float>(2.0 * (y * z - qw * x)),
+                         static_cast<float>(2.0 * (qw * qw + z * z) - 1.0),
+                         0.0f,
+                         0.0f,
+                         0.0f,
+                         0.0f,
+                         1.0f};
+    std::memcpy(d, m, sizeof m);
+}
+
 // Gauss-Jordan with partial pivoting on [R | I], rows exchanged by index.
 bool refInverse(float * d, float const * s) {
     double R[4][4], I[4][4];
@@ -209,11 +242,14 @@ bool refInverse(float * d, float const * s) {
 
 using Product = void (*)(float *, float const *, float const *);
 using Inverse = bool (*)(float *, float const *);
+using Conversion = void (*)(float *, float const *);
 
 struct Version {
     std::string name;
     Product multMatrices, multAffineMatrices, multMatrixVec3f, multAffineMatrixVec3f;
     Inverse inverseMatrix;
+    Product multQuaternions, divQuaternionsU;
+    Conversion quaternionToMatrix;
 };
 
 EnhancedMathFunctions & kernel() {
@@ -225,12 +261,14 @@ std::vector<Version> versions() {
     std::vector<Version> v;
     v.push_back({"baseline", kdrkernel::multMatricesPlain, kdrkernel::multAffineMatricesPlain,
                  kdrkernel::multMatrixVec3fPlain, kdrkernel::multAffineMatrixVec3fPlain,
-                 kdrkernel::inverseMatrixPlain});
+                 kdrkernel::inverseMatrixPlain, kdrkernel::multQuaternionsPlain<false>,
+                 kdrkernel::multQuaternionsPlain<true>, kdrkernel::quaternionToMatrixPlain});
 #if KDRCORE_SIMD_X86
     if (kdrsimd::detectLevel() >= kdrsimd::LEVEL_AVX2)
         v.push_back({"AVX2", kdrkernel::multMatricesAvx2, kdrkernel::multAffineMatricesAvx2,
                      kdrkernel::multMatrixVec3fAvx2, kdrkernel::multAffineMatrixVec3fAvx2,
-                     kdrkernel::inverseMatrixAvx2});
+                     kdrkernel::inverseMatrixAvx2, kdrkernel::multQuaternionsAvx2<false>,
+                     kdrkernel::multQuaternionsAvx2<true>, kdrkernel::quaternionToMatrixAvx2});
 #endif
     v.push_back(
         {"getCurrent()",
@@ -240,7 +278,10 @@ std::vector<Version> versions() {
          [](float * d, float const * m, float const * x) {
              kernel().multAffineMatrixVec3f(d, m, x);
          },
-         [](float * d, float const * s) { return kernel().inverseMatrix(d, s); }});
+         [](float * d, float const * s) { return kernel().inverseMatrix(d, s); },
+         [](float * d, float const * a, float const * b) { kernel().multQuaternions(d, a, b); },
+         [](float * d, float const * a, float const * b) { kernel().divQuaternionsU(d, a, b); },
+         [](float * d, float const * q) { kernel().quaternionToMatrix(d, q); }});
     return v;
 }
 
@@ -266,26 +307,31 @@ struct Samples {
     std::vector<float> a, b, p;
 };
 
-Samples draw(unsigned seed, bool points) {
-    Inputs in(seed);
-    Samples s{std::vector<float>(16 * SAMPLES), std::vector<float>(16 * SAMPLES),
-              std::vector<float>(3 * SAMPLES)};
-    for (int i = 0; i < SAMPLES; ++i) {
-        float * const m = &s.a[16 * static_cast<std::size_t>(i)];
-        in.matrix(m);
-        in.matrix(&s.b[16 * static_cast<std::size_t>(i)]);
-        for (int k = 0; k < 3; ++k)
-            s.p[3 * static_cast<std::size_t>(i) + static_cast<std::size_t>(k)] = in.next();
-        if (points && in.pick(10) == 0) // w is exactly 0 (or NaN, with an infinite point)
-            m[3] = m[7] = m[11] = m[15] = 0.0f;
-    }
+// Drawn once for all the tests: 10^5 samples of two matrices and a point; in one sample in ten
+// the bottom row of the first matrix is 0, so that w vanishes (or is NaN at an infinite point).
+Samples const & samples() {
+    static Samples const s = [] {
+        Inputs in(1u);
+        Samples d{std::vector<float>(16 * SAMPLES), std::vector<float>(16 * SAMPLES),
+                  std::vector<float>(3 * SAMPLES)};
+        for (std::size_t i = 0; i < SAMPLES; ++i) {
+            float * const m = &d.a[16 * i];
+            in.matrix(m);
+            in.matrix(&d.b[16 * i]);
+            for (std::size_t k = 0; k < 3; ++k)
+                d.p[3 * i + k] = in.next();
+            if (in.pick(10) == 0)
+                m[3] = m[7] = m[11] = m[15] = 0.0f;
+        }
+        return d;
+    }();
     return s;
 }
 
 } // namespace
 
 TEST(SimdBitExact, MatrixProductsMatchThePlainFormula) {
-    Samples const in = draw(1u, false);
+    Samples const & in = samples();
     std::vector<float> want(16 * SAMPLES), wantAffine(16 * SAMPLES);
     for (std::size_t s = 0; s < SAMPLES; ++s) {
         refMultMatrices(&want[16 * s], &in.a[16 * s], &in.b[16 * s]);
@@ -305,7 +351,7 @@ TEST(SimdBitExact, MatrixProductsMatchThePlainFormula) {
 }
 
 TEST(SimdBitExact, PointTransformsMatchThePlainFormula) {
-    Samples const in = draw(2u, true);
+    Samples const & in = samples();
     std::vector<float> want(3 * SAMPLES), wantAffine(3 * SAMPLES);
     int zeroW = 0;
     for (std::size_t s = 0; s < SAMPLES; ++s) {
@@ -337,7 +383,7 @@ TEST(SimdBitExact, PointTransformsMatchThePlainFormula) {
 }
 
 TEST(SimdBitExact, InverseMatchesThePlainEliminationAndKeepsDstOnFailure) {
-    Samples const in = draw(3u, false);
+    Samples const & in = samples();
     std::vector<float> want(16 * SAMPLES);
     std::vector<char> ok(SAMPLES);
     int singular = 0;
@@ -368,6 +414,36 @@ TEST(SimdBitExact, InverseMatchesThePlainEliminationAndKeepsDstOnFailure) {
                 bad += mismatches(got, result ? &want[16 * s] : untouched, 16,
                                   v.name + " inverseMatrix", s);
             }
+        }
+        EXPECT_EQ(bad, 0) << v.name;
+    }
+}
+
+TEST(SimdBitExact, QuaternionProductsAndMatrixMatchThePlainFormula) {
+    // The first four floats of each drawn matrix serve as a quaternion.
+    Samples const & in = samples();
+    std::vector<float> wantMult(4 * SAMPLES), wantDiv(4 * SAMPLES), wantMatrix(16 * SAMPLES);
+    for (std::size_t s = 0; s < SAMPLES; ++s) {
+        refMultQuaternions(&wantMult[4 * s], &in.a[16 * s], &in.b[16 * s], false);
+        refMultQuaternions(&wantDiv[4 * s], &in.a[16 * s], &in.b[16 * s], true);
+        refQuaternionToMatrix(&wantMatrix[16 * s], &in.a[16 * s]);
+    }
+    for (Version const & v : versions()) {
+        int bad = 0;
+        float got[16];
+        for (std::size_t s = 0; s < SAMPLES && bad < 10; ++s) {
+            float const * const a = &in.a[16 * s];
+            float const * const b = &in.b[16 * s];
+            // dst is a in every fourth sample: the products read all inputs first.
+            bool const inPlace = s % 4 == 0;
+            std::memcpy(got, a, 4 * sizeof(float));
+            v.multQuaternions(got, inPlace ? got : a, b);
+            bad += mismatches(got, &wantMult[4 * s], 4, v.name + " multQuaternions", s);
+            std::memcpy(got, a, 4 * sizeof(float));
+            v.divQuaternionsU(got, inPlace ? got : a, b);
+            bad += mismatches(got, &wantDiv[4 * s], 4, v.name + " divQuaternionsU", s);
+            v.quaternionToMatrix(got, a);
+            bad += mismatches(got, &wantMatrix[16 * s], 16, v.name + " quaternionToMatrix", s);
         }
         EXPECT_EQ(bad, 0) << v.name;
     }
