@@ -6,6 +6,8 @@
 // the layout every array shares and bound the byte steps.
 #include "kdrcore/containers/KDRBoolArray.h"
 
+#include "containers/BitCount.h"
+
 #include <algorithm>
 #include <bit>
 #include <cstdint>
@@ -60,23 +62,9 @@ byte * allocateStorage(int count) {
     return block + 1;
 }
 
-// Set bits of a word, without the library call that std::popcount becomes on baseline x86-64.
-int popcount64(std::uint64_t x) {
-    x = x - ((x >> 1) & 0x5555555555555555u);
-    x = (x & 0x3333333333333333u) + ((x >> 2) & 0x3333333333333333u);
-    x = (x + (x >> 4)) & 0x0F0F0F0F0F0F0F0Fu;
-    return static_cast<int>((x * 0x0101010101010101u) >> 56);
-}
-
-// Number of bits set in bytes [0, count).
+// Number of bits set in bytes [0, count): BitCount.h, with POPCNT where the processor has it.
 int countBytes(const byte * p, int count) {
-    int n = 0;
-    int j = 0;
-    for (; j + 8 <= count; j += 8)
-        n += popcount64(load64(p + j));
-    for (; j < count; ++j)
-        n += std::popcount(static_cast<unsigned>(p[j]));
-    return n;
+    return kdrbits::countBits(p, count);
 }
 
 // Calls f(index) for each bit equal to `value` among the first `bits` bits, ascending.
