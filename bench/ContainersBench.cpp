@@ -20,7 +20,7 @@ namespace {
 
 template <int Cols>
 void addStableSort(std::string const & op, std::vector<unsigned char> data, int rows) {
-    add(op, "std::stable_sort", 1, [data, rows, order = std::vector<int>(rows)]() mutable {
+    add(op, "std::stable_sort", 1, [data, order = std::vector<int>(rows)]() mutable {
         std::iota(order.begin(), order.end(), 0);
         unsigned char const * const d = data.data();
         std::stable_sort(order.begin(), order.end(), [d](int a, int b) {
