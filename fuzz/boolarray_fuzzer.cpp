@@ -6,6 +6,7 @@
 // Indexes stay below a few hundred so that the allocations stay small; they include negative
 // ones and ones beyond the size wherever the contract defines what happens.
 #include "FuzzCheck.h"
+#include "FuzzLevels.h"
 
 #include "kdrcore/containers/KDRBoolArray.h"
 
@@ -413,15 +414,18 @@ void step(FuzzedDataProvider & in, KDRBoolArray * arrays, Model * models, int st
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
-    FuzzedDataProvider in(data, size);
-    KDRBoolArray arrays[2];
-    Model models[2];
-    for (int stepNumber = 0; in.remaining_bytes() > 0 && stepNumber < 200; ++stepNumber) {
-        step(in, arrays, models, stepNumber);
-        checkSame(arrays[0], models[0], stepNumber);
-        checkSame(arrays[1], models[1], stepNumber);
-        checkPair(arrays[0], models[0], arrays[1], models[1], stepNumber);
-        checkPair(arrays[1], models[1], arrays[0], models[0], stepNumber);
-    }
+    // The counts and scans have vector versions: every instruction-set level runs the sequence.
+    fuzz::forEachLevel([data, size](int) {
+        FuzzedDataProvider in(data, size);
+        KDRBoolArray arrays[2];
+        Model models[2];
+        for (int stepNumber = 0; in.remaining_bytes() > 0 && stepNumber < 200; ++stepNumber) {
+            step(in, arrays, models, stepNumber);
+            checkSame(arrays[0], models[0], stepNumber);
+            checkSame(arrays[1], models[1], stepNumber);
+            checkPair(arrays[0], models[0], arrays[1], models[1], stepNumber);
+            checkPair(arrays[1], models[1], arrays[0], models[0], stepNumber);
+        }
+    });
     return 0;
 }

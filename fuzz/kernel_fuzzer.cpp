@@ -12,6 +12,7 @@
 //   the written elements of the cheap inverses, the refusal rule of inverseScale.
 // No result may depend on NaN, infinity, denormal or huge input in a way that crashes or hangs.
 #include "FuzzFloats.h"
+#include "FuzzLevels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
@@ -531,11 +532,105 @@ void runOne(FuzzedDataProvider & in) {
     }
 }
 
+// Every result of the arithmetic operations on one input, in a fixed order: compared bit for bit
+// between the instruction-set levels (NaN matching NaN).
+std::vector<float> allResults(FuzzedDataProvider & in) {
+    const Arr a = consumeArray(in, 16);
+    const Arr b = consumeArray(in, 16);
+    const float s = fuzz::consumeFloat(in);
+    std::vector<float> r;
+    Arr m(16), v(4);
+    auto keep = [&r](Arr const & x) { r.insert(r.end(), x.begin(), x.end()); };
+    EnhancedMathFunctions const & k = kernel();
+    k.multMatrices(m.data(), a.data(), b.data());
+    keep(m);
+    k.multAffineMatrices(m.data(), a.data(), b.data());
+    keep(m);
+    k.addMatrices(m.data(), a.data(), b.data());
+    keep(m);
+    k.subMatrices(m.data(), a.data(), b.data());
+    keep(m);
+    k.multMatrixScalar(m.data(), a.data(), s);
+    keep(m);
+    k.transpose(m.data(), a.data());
+    keep(m);
+    k.multMatrixVec3f(v.data(), a.data(), b.data());
+    keep(v);
+    k.multMatrixVec4f(v.data(), a.data(), b.data());
+    keep(v);
+    k.multAffineMatrixVec3f(v.data(), a.data(), b.data());
+    keep(v);
+    k.multAffineMatrixVec3fAsDir(v.data(), a.data(), b.data());
+    keep(v);
+    std::fill(m.begin(), m.end(), 0.0f);
+    r.push_back(k.inverseMatrix(m.data(), a.data()) ? 1.0f : 0.0f);
+    keep(m);
+    r.push_back(k.inverse3(m.data(), a.data()) ? 1.0f : 0.0f);
+    keep(m);
+    r.push_back(k.inverseAffine(m.data(), a.data()) ? 1.0f : 0.0f);
+    keep(m);
+    r.push_back(k.det4(a.data()));
+    r.push_back(k.det3(a.data()));
+    k.multQuaternions(v.data(), a.data(), b.data());
+    keep(v);
+    k.divQuaternionsU(v.data(), a.data(), b.data());
+    keep(v);
+    k.inverseQuaternion(v.data(), a.data());
+    keep(v);
+    k.applyQuatOn(v.data(), a.data(), b.data());
+    keep(v);
+    k.quaternionSLERP(v.data(), a.data(), b.data(), s);
+    keep(v);
+    k.quaternionLERP(v.data(), a.data(), b.data(), s);
+    keep(v);
+    k.quaternionToMatrix(m.data(), a.data());
+    keep(m);
+    (void)k.RotMatrixToQuaternion(v.data(), a.data());
+    keep(v);
+    k.eulerToMatrix(m.data(), a.data());
+    keep(m);
+    k.axisToMatrix(m.data(), a.data(), s);
+    keep(m);
+    k.multLeftByRotate(m.data(), a.data(), b.data(), s);
+    keep(m);
+    k.multRightByRotate(m.data(), a.data(), b.data(), s);
+    keep(m);
+    float values[3], vectors[3][3];
+    int rotations = 0;
+    k.jacobi3(values, vectors, rotations, a.data());
+    r.insert(r.end(), values, values + 3);
+    r.insert(r.end(), &vectors[0][0], &vectors[0][0] + 9);
+    r.push_back(static_cast<float>(rotations));
+    Arr fr(16, 0.0f), fs(3, 0.0f), fu(16, 0.0f), ft(3), fp(16);
+    r.push_back(k.factor(fr.data(), fs.data(), fu.data(), ft.data(), fp.data(), a.data()) ? 1.0f
+                                                                                          : 0.0f);
+    keep(fr);
+    keep(fs);
+    keep(fu);
+    r.push_back(k.invSqrt(s));
+    r.push_back(k.msqrt(s, 2));
+    return r;
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
-    FuzzedDataProvider in(data, size);
-    for (int k = 0; k < 8 && (k == 0 || in.remaining_bytes() > 0); ++k)
-        runOne(in);
+    std::vector<float> lowest;
+    fuzz::forEachLevel([&](int level) {
+        FuzzedDataProvider in(data, size);
+        for (int k = 0; k < 8 && (k == 0 || in.remaining_bytes() > 0); ++k)
+            runOne(in);
+        // The vector versions promise the bits of the baseline one.
+        FuzzedDataProvider again(data, size);
+        const std::vector<float> results = allResults(again);
+        if (level == 0) {
+            lowest = results;
+            return;
+        }
+        for (std::size_t i = 0; i < results.size(); ++i)
+            FUZZ_CHECK(sameFloat(results[i], lowest[i]),
+                       "level %d: result %zu is %a, the baseline gives %a", level, i,
+                       static_cast<double>(results[i]), static_cast<double>(lowest[i]));
+    });
     return 0;
 }

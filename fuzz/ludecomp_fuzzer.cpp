@@ -7,6 +7,7 @@
 // checked to agree with the matrices they describe, and the solved entries to be the documented
 // ones. The process-wide buffers are grown, reused at smaller sizes and released in between.
 #include "FuzzCheck.h"
+#include "FuzzLevels.h"
 
 #include "kdrcore/solver/LUDecomp.h"
 
@@ -364,9 +365,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t siz
             checkSmallParts(in, lcg);
             continue;
         }
-        // Small systems are the interesting ones; now and then a large one grows the buffers.
-        const int n =
-            choice < 12 ? in.ConsumeIntegralInRange(1, 8) : in.ConsumeIntegralInRange(1, 64);
+        // Small systems are the interesting ones; medium ones span several elimination panels;
+        // now and then a large one grows the buffers.
+        const int n = choice < 8    ? in.ConsumeIntegralInRange(1, 8)
+                      : choice < 12 ? in.ConsumeIntegralInRange(9, 24)
+                                    : in.ConsumeIntegralInRange(1, 64);
         const auto un = static_cast<std::size_t>(n);
         std::vector<double> matrix(un * un);
         for (double & v : matrix)
@@ -378,9 +381,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t siz
         for (_POINT3D & p : points)
             p = {consumeFloat(in, lcg), consumeFloat(in, lcg), consumeFloat(in, lcg)};
 
-        checkDoubleSystem(matrix, rhs, n);
-        checkPointSystem(matrix, points, n);
-        checkInverse(matrix, n);
+        // Every instruction-set level of the elimination meets the same system.
+        fuzz::forEachLevel([&](int) {
+            checkDoubleSystem(matrix, rhs, n);
+            checkPointSystem(matrix, points, n);
+            checkInverse(matrix, n);
+        });
     }
 
     // Sizes below 1: documented results, no access to the arrays.
