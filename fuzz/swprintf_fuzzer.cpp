@@ -286,24 +286,24 @@ bool expectedText(const Directive & d, Text16 & out) {
         return true;
     }
     // Numbers: what snprintf prints for the same directive, '*' resolved.
-    std::string spec = "%" + d.flags + (left ? "-" : "");
+    std::string narrow = "%" + d.flags + (left ? "-" : "");
     if (width >= 0)
-        spec += std::to_string(width);
+        narrow += std::to_string(width);
     if (precision >= 0)
-        spec += "." + std::to_string(precision);
-    spec += d.length + d.conversion;
+        narrow += "." + std::to_string(precision);
+    narrow += d.length + d.conversion;
     std::vector<char> text(8192);
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wformat-nonliteral"
     int n;
     if (v.kind == Arg::Double)
-        n = std::snprintf(text.data(), text.size(), spec.c_str(), v.d);
+        n = std::snprintf(text.data(), text.size(), narrow.c_str(), v.d);
     else if (v.kind == Arg::LongDouble)
-        n = std::snprintf(text.data(), text.size(), spec.c_str(), v.ld);
+        n = std::snprintf(text.data(), text.size(), narrow.c_str(), v.ld);
     else if (v.kind == Arg::Long)
-        n = std::snprintf(text.data(), text.size(), spec.c_str(), v.i);
+        n = std::snprintf(text.data(), text.size(), narrow.c_str(), v.i);
     else
-        n = std::snprintf(text.data(), text.size(), spec.c_str(), static_cast<int>(v.i));
+        n = std::snprintf(text.data(), text.size(), narrow.c_str(), static_cast<int>(v.i));
 #pragma GCC diagnostic pop
     if (n < 0 || static_cast<std::size_t>(n) >= text.size())
         return false;
