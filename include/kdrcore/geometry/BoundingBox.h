@@ -158,7 +158,8 @@ public:
 
     /// Adds the screen extent of `box` through `proj` to `out`, which is not cleared first (an
     /// uninitialised `out` takes the extent). Returns 1 when all corners are in front, 2 when all
-    /// are behind, 3 when both occur. With all corners behind an uninitialised `out` stays so.
+    /// are behind, 3 when both occur, and 0 when no corner could be placed (every projected x
+    /// is NaN). With all corners behind an uninitialised `out` stays so.
     /// `out` may be `box`.
     static int cameraProjBBox(BoundingBox & out, BoundingBox const & box, Matrix4f const & proj,
                               float depthLimit);

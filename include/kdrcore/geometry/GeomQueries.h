@@ -165,7 +165,8 @@ KDRCORE_API _e_geomInfo interSegmentSegment(Vector3f & out, float & t, KDRSegmen
 /// A line and the triangle's plane, with no tolerance. A zero determinant (line parallel to the
 /// plane, degenerate triangle, zero direction): e_geomNoIntersection, inside = false, `out`,
 /// `u`, `v` not written. Else e_geomIntersection with out = p0 + (p1 - p0) u + (p2 - p0) v, and
-/// `inside` true when u >= 0, v >= 0 and u + v <= 1 (edges and corners included).
+/// `inside` false when u < 0, v < 0 or u + v > 1, else true (edges and corners included;
+/// NaN u and v therefore give true).
 KDRCORE_API _e_geomInfo interLineTriangle(Vector3f & out, float & u, float & v, bool & inside,
                                           KDRLine const & line, Vector3f const & p0,
                                           Vector3f const & p1, Vector3f const & p2);
