@@ -38,6 +38,12 @@ inline float floatOf(std::uint32_t u) {
     return v;
 }
 
+inline double doubleOf(std::uint64_t u) {
+    double v;
+    std::memcpy(&v, &u, sizeof v);
+    return v;
+}
+
 // Same value bit for bit, or both NaN (whatever the payload).
 inline bool sameFloat(float a, float b) {
     return bitsOf(a) == bitsOf(b) || (a != a && b != b);

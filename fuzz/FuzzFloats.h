@@ -6,10 +6,10 @@
 #include "FuzzCheck.h"
 
 #include <cfloat>
+#include <cmath>
 #include <cstdint>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <iterator>
-#include <limits>
 
 namespace fuzz {
 
@@ -29,35 +29,12 @@ inline bool isSentinel(float v) {
 // Any float, with the troublesome ones often: zeros, NaNs, infinities, denormals, the extremes,
 // values beside the library's tolerances, and small exact values that make degenerate shapes.
 inline float consumeFloat(FuzzedDataProvider & in) {
-    static const float special[] = {0.0f,
-                                    -0.0f,
-                                    1.0f,
-                                    -1.0f,
-                                    0.5f,
-                                    2.0f,
-                                    1e-4f,
-                                    -1e-4f,
-                                    1.0001e-4f,
-                                    9.999e-5f,
-                                    1e-7f,
-                                    0.05f,
-                                    0.01f,
-                                    1.5707964f,
-                                    3.1415927f,
-                                    std::numeric_limits<float>::infinity(),
-                                    -std::numeric_limits<float>::infinity(),
-                                    std::numeric_limits<float>::quiet_NaN(),
-                                    std::numeric_limits<float>::denorm_min(),
-                                    -std::numeric_limits<float>::denorm_min(),
-                                    FLT_MIN,
-                                    FLT_MAX,
-                                    -FLT_MAX,
-                                    FLT_EPSILON,
-                                    1e30f,
-                                    -1e30f,
-                                    1e-30f,
-                                    1e19f,
-                                    1e-19f};
+    static const float special[] = {0.0f,     -0.0f,     1.0f,     -1.0f,        0.5f,
+                                    2.0f,     1e-4f,     -1e-4f,   1.0001e-4f,   9.999e-5f,
+                                    1e-7f,    0.05f,     0.01f,    1.5707964f,   3.1415927f,
+                                    INFINITY, -INFINITY, NAN,      FLT_TRUE_MIN, -FLT_TRUE_MIN,
+                                    FLT_MIN,  FLT_MAX,   -FLT_MAX, FLT_EPSILON,  1e30f,
+                                    -1e30f,   1e-30f,    1e19f,    1e-19f};
     float v;
     switch (in.ConsumeIntegralInRange(0, 3)) {
     case 0:

@@ -35,6 +35,21 @@ struct Model {
         reserveExact(n);
         bits.resize(static_cast<std::size_t>(n), value);
     }
+    // The index forms: grow to the largest index, then set the non-negative ones to `value`.
+    void setIndexes(const std::vector<int> & indexes, bool value) {
+        if (indexes.empty())
+            return;
+        const int largest = *std::max_element(indexes.begin(), indexes.end());
+        if (largest >= size())
+            resize(largest + 1, false);
+        for (int i : indexes)
+            if (i >= 0)
+                bits[static_cast<std::size_t>(i)] = value;
+    }
+    void copyFrom(const Model & other) {
+        reserveExact(other.size());
+        bits = other.bits;
+    }
     int highestSet() const {
         for (int i = size() - 1; i >= 0; --i)
             if (bits[static_cast<std::size_t>(i)])
@@ -212,40 +227,23 @@ void step(FuzzedDataProvider & in, KDRBoolArray * arrays, Model * models, int st
     }
     case 3:   // assign(count, indexes, -1): set(count, indexes)
     case 4:   // set(count, indexes)
-    case 5: { // clear(count, indexes)
-        const int kind = in.ConsumeIntegralInRange(0, 2);
+    case 5:   // clear(count, indexes)
+    case 6: { // set(KDRArray<int>)
+        const int kind = in.ConsumeIntegralInRange(0, 3);
         std::vector<int> indexes = consumeIndexes(in, -3);
         const int count = static_cast<int>(indexes.size());
+        KDRArray<int> list;
+        for (int i : indexes)
+            list.push_back(i);
         if (kind == 0)
             a.assign(count, indexes.data(), -1);
         else if (kind == 1)
             a.set(count, indexes.data());
-        else
+        else if (kind == 2)
             a.clear(count, indexes.data());
-        if (count > 0) {
-            const int largest = *std::max_element(indexes.begin(), indexes.end());
-            if (largest >= m.size())
-                m.resize(largest + 1, false);
-            for (int i : indexes)
-                if (i >= 0)
-                    m.bits[static_cast<std::size_t>(i)] = kind != 2;
-        }
-        break;
-    }
-    case 6: { // set(KDRArray<int>)
-        std::vector<int> indexes = consumeIndexes(in, -3);
-        KDRArray<int> list;
-        for (int i : indexes)
-            list.push_back(i);
-        a.set(list);
-        if (!indexes.empty()) {
-            const int largest = *std::max_element(indexes.begin(), indexes.end());
-            if (largest >= m.size())
-                m.resize(largest + 1, false);
-            for (int i : indexes)
-                if (i >= 0)
-                    m.bits[static_cast<std::size_t>(i)] = true;
-        }
+        else
+            a.set(list);
+        m.setIndexes(indexes, kind != 2);
         break;
     }
     case 7: {
@@ -256,33 +254,20 @@ void step(FuzzedDataProvider & in, KDRBoolArray * arrays, Model * models, int st
     }
     case 8:
     case 9:
-    case 10: { // single bits within the size
-        if (m.size() == 0)
+    case 10:
+    case 11: { // single bits: within the size, or the auto-resizing forms (negative included)
+        const bool grow = in.ConsumeBool();
+        if (!grow && m.size() == 0)
             break;
-        const int i = in.ConsumeIntegralInRange(0, m.size() - 1);
-        auto bit = m.bits[static_cast<std::size_t>(i)];
+        const int i = grow ? in.ConsumeIntegralInRange(-3, MAX_INDEX)
+                           : in.ConsumeIntegralInRange(0, m.size() - 1);
+        static void (KDRBoolArray::*const plain[])(int) = {&KDRBoolArray::set, &KDRBoolArray::clear,
+                                                           &KDRBoolArray::toggle};
+        static void (KDRBoolArray::*const growing[])(int) = {&KDRBoolArray::setAutoResize,
+                                                             &KDRBoolArray::clearAutoResize,
+                                                             &KDRBoolArray::toggleAutoResize};
         const int op = in.ConsumeIntegralInRange(0, 2);
-        if (op == 0) {
-            a.set(i);
-            bit = true;
-        } else if (op == 1) {
-            a.clear(i);
-            bit = false;
-        } else {
-            a.toggle(i);
-            bit = !bit;
-        }
-        break;
-    }
-    case 11: { // the auto-resizing forms, negative indexes included
-        const int i = in.ConsumeIntegralInRange(-3, MAX_INDEX);
-        const int op = in.ConsumeIntegralInRange(0, 2);
-        if (op == 0)
-            a.setAutoResize(i);
-        else if (op == 1)
-            a.clearAutoResize(i);
-        else
-            a.toggleAutoResize(i);
+        (a.*(grow ? growing : plain)[op])(i);
         if (i >= 0) {
             if (m.size() <= i)
                 m.resize(i + 1, false);
@@ -295,18 +280,14 @@ void step(FuzzedDataProvider & in, KDRBoolArray * arrays, Model * models, int st
     case 13: { // ranges: start < 0 does nothing, count < 1 counts as 1, the array grows
         const int start = in.ConsumeIntegralInRange(-3, MAX_INDEX - 40);
         const int count = in.ConsumeIntegralInRange(-3, 40);
-        const bool setting = in.ConsumeBool();
-        if (setting)
+        if (value)
             a.set(start, count);
         else
             a.clear(start, count);
-        if (start >= 0) {
-            const int end = start + std::max(count, 1);
-            if (m.size() < end)
-                m.resize(end, false);
-            for (int i = start; i < end; ++i)
-                m.bits[static_cast<std::size_t>(i)] = setting;
-        }
+        std::vector<int> range;
+        for (int i = start; start >= 0 && i < start + std::max(count, 1); ++i)
+            range.push_back(i);
+        m.setIndexes(range, value);
         break;
     }
     case 14:
@@ -349,14 +330,15 @@ void step(FuzzedDataProvider & in, KDRBoolArray * arrays, Model * models, int st
         break;
     }
     case 22:
-        a.copy(b, value);
-        m.reserveExact(mb.size());
-        m.bits = mb.bits;
-        break;
     case 23: {
-        a = b;
-        m.reserveExact(mb.size());
-        m.bits = mb.bits;
+        const int kind = in.ConsumeIntegralInRange(0, 2);
+        if (kind == 0)
+            a.copy(b, value);
+        else if (kind == 1)
+            a = b;
+        else // operator= returns a copy by value, equal to the assigned array
+            FUZZ_CHECK((a = b) == b, "step %d: operator= result", stepNumber);
+        m.copyFrom(mb);
         break;
     }
     case 24: { // copy construction: exact storage for the size
@@ -396,13 +378,6 @@ void step(FuzzedDataProvider & in, KDRBoolArray * arrays, Model * models, int st
         a.erase(i);
         if (i >= 0 && i < m.size())
             m.bits.erase(m.bits.begin() + i);
-        break;
-    }
-    case 30: { // operator= returns a copy by value, equal to the assigned array
-        const KDRBoolArray c = (a = b);
-        m.reserveExact(mb.size());
-        m.bits = mb.bits;
-        FUZZ_CHECK(c == a && c.size() == mb.size(), "step %d: operator= result", stepNumber);
         break;
     }
     default:

@@ -86,21 +86,21 @@ void fill(FuzzedDataProvider & in, float * m, int n) {
 
 // --- Out-parameter checks --------------------------------------------------------------------
 
-void written(float v, char const * what) {
-    FUZZ_CHECK(!isSentinel(v), "%s not written", what);
-}
-void untouched(float v, char const * what) {
-    FUZZ_CHECK(isSentinel(v), "%s written (%a) though documented as untouched", what,
+void outOne(bool wrote, char const * what, float v) {
+    FUZZ_CHECK(isSentinel(v) != wrote, "%s %s (%a)", what,
+               wrote ? "not written" : "written though documented as untouched",
                static_cast<double>(v));
 }
-void written(Vector3f const & v, char const * what) {
+void outOne(bool wrote, char const * what, Vector3f const & v) {
     for (int i = 0; i < 3; ++i)
-        FUZZ_CHECK(!isSentinel(v[i]), "%s: component %d not written", what, i);
+        outOne(wrote, what, v[i]);
 }
-void untouched(Vector3f const & v, char const * what) {
-    for (int i = 0; i < 3; ++i)
-        FUZZ_CHECK(isSentinel(v[i]), "%s: component %d written though documented as untouched",
-                   what, i);
+// Every output written when `wrote`, every one still the sentinel otherwise.
+template <class... T> void outputs(bool wrote, char const * what, T const &... v) {
+    (outOne(wrote, what, v), ...);
+}
+template <class... T> void written(char const * what, T const &... v) {
+    outputs(true, what, v...);
 }
 void sameVector(Vector3f const & a, Vector3f const & b, char const * what) {
     for (int i = 0; i < 3; ++i)
@@ -117,13 +117,10 @@ void codeIn(int code, std::initializer_list<int> allowed, char const * what) {
             return;
     FUZZ_CHECK(false, "%s returned %d, not a documented code", what, code);
 }
-bool hasNaN(std::initializer_list<float> values) {
-    for (float v : values)
-        if (v != v)
-            return true;
-    return false;
+double length(Vector3f const & d) {
+    return std::sqrt((double)d.x() * (double)d.x() + (double)d.y() * (double)d.y() +
+                     (double)d.z() * (double)d.z());
 }
-
 // --- Primitives ------------------------------------------------------------------------------
 
 void primitives(FuzzedDataProvider & in) {
@@ -132,41 +129,28 @@ void primitives(FuzzedDataProvider & in) {
     const KDRLine l(p, q, isDirection);
     identical(l.m_point, p, "KDRLine m_point");
     // A direction too short for setDir leaves the zeroed one.
-    const Vector3f d = isDirection ? q : Vector3f(p, q);
-    const double length = std::sqrt(static_cast<double>(d.x()) * static_cast<double>(d.x()) +
-                                    static_cast<double>(d.y()) * static_cast<double>(d.y()) +
-                                    static_cast<double>(d.z()) * static_cast<double>(d.z()));
-    if (length <= TOLERANCE)
+    if (length(isDirection ? q : Vector3f(p, q)) <= TOLERANCE)
         identical(l.m_dir, Vector3f(), "KDRLine with a too-short direction");
 
     KDRLine m = line(in);
-    const Vector3f before = m.m_dir;
-    const Vector3f dir = V(in);
+    const Vector3f before = m.m_dir, dir = V(in);
     m.setDir(dir);
-    const double dl = std::sqrt(static_cast<double>(dir.x()) * static_cast<double>(dir.x()) +
-                                static_cast<double>(dir.y()) * static_cast<double>(dir.y()) +
-                                static_cast<double>(dir.z()) * static_cast<double>(dir.z()));
-    if (dl <= TOLERANCE)
+    if (length(dir) <= TOLERANCE)
         identical(m.m_dir, before, "setDir of a too-short vector");
 
     Plane pl = plane(in);
-    const Vector3f oldNormal = pl.m_normal;
+    const Vector3f oldNormal = pl.m_normal, n = V(in);
     const float oldD = pl.m_d;
-    const Vector3f n = V(in);
     pl.setNormal(n);
     FUZZ_CHECK(bitsOf(pl.m_d) == bitsOf(oldD), "setNormal changed m_d");
-    const double nl = std::sqrt(static_cast<double>(n.x()) * static_cast<double>(n.x()) +
-                                static_cast<double>(n.y()) * static_cast<double>(n.y()) +
-                                static_cast<double>(n.z()) * static_cast<double>(n.z()));
-    if (nl <= TOLERANCE)
+    if (length(n) <= TOLERANCE)
         identical(pl.m_normal, oldNormal, "setNormal of a too-short vector");
 
     Vector3f point = sentinelVector();
     pl.findPoint(point);
-    written(point, "findPoint");
+    written("findPoint", point);
     KDRLine u, v;
-    u.m_point = sentinelVector();
-    v.m_point = sentinelVector();
+    u.m_point = v.m_point = sentinelVector();
     pl.findUVAxis(u, v);
     sameVector(u.m_point, point, "findUVAxis lineU.m_point");
     sameVector(v.m_point, point, "findUVAxis lineV.m_point");
@@ -177,38 +161,29 @@ void primitives(FuzzedDataProvider & in) {
 void distances(FuzzedDataProvider & in) {
     const Vector3f p = V(in);
     const KDRLine l = line(in), l2 = line(in);
-    Vector3f foot = sentinelVector();
-    (void)distancePointLine(p, l, foot);
-    written(foot, "distancePointLine foot");
-    foot = sentinelVector();
-    (void)distance2PointLine(p, l, foot);
-    written(foot, "distance2PointLine foot");
-    float param = sentinel();
-    (void)distancePointLine(p, l, param);
-    written(param, "distancePointLine param");
-    param = sentinel();
-    (void)distance2PointLine(p, l, param);
-    written(param, "distance2PointLine param");
+    Vector3f f1 = sentinelVector(), f2 = sentinelVector(), foot = sentinelVector();
+    float t1 = sentinel(), t2 = sentinel();
+    (void)distancePointLine(p, l, f1);
+    (void)distance2PointLine(p, l, f2);
+    (void)distancePointLine(p, l, t1);
+    (void)distance2PointLine(p, l, t2);
+    written("distance(2)PointLine foot / param", f1, f2, t1, t2);
 
     const KDRSegment s(V(in), V(in));
-    foot = sentinelVector();
     const float ds = distancePointSegment(p, s, foot);
-    written(foot, "distancePointSegment foot");
+    written("distancePointSegment foot", foot);
     Vector3f aliased = p; // foot may be point
     const float dsAliased = distancePointSegment(aliased, s.m_start, s.m_end, aliased);
     FUZZ_CHECK(sameFloat(ds, dsAliased), "distancePointSegment with foot = point: result");
     sameVector(aliased, foot, "distancePointSegment with foot = point");
 
-    float p1 = sentinel(), p2 = sentinel();
-    const float dll = distanceLineLine(l, l2, p1, p2);
-    written(p1, "distanceLineLine param1");
-    written(p2, "distanceLineLine param2");
+    t1 = t2 = sentinel();
+    const float dll = distanceLineLine(l, l2, t1, t2);
+    written("distanceLineLine params", t1, t2);
     FUZZ_CHECK(sameFloat(dll, distanceLineLine(l, l2)), "distanceLineLine: the two forms differ");
-    p1 = sentinel();
-    p2 = sentinel();
-    (void)distanceLineSegment(l, s, p1, p2);
-    written(p1, "distanceLineSegment lineParam");
-    written(p2, "distanceLineSegment segmentParam");
+    t1 = t2 = sentinel();
+    (void)distanceLineSegment(l, s, t1, t2);
+    written("distanceLineSegment params", t1, t2);
 
     KDRArray<Vector3f> set;
     const int count = in.ConsumeIntegralInRange(0, 6);
@@ -216,12 +191,8 @@ void distances(FuzzedDataProvider & in) {
         set.push_back(V(in));
     int index = -12345;
     const float dset = distancePointPointSet(p, set, index);
-    if (count == 0) {
-        FUZZ_CHECK(index == -12345 && dset == 0.0f, "distancePointPointSet of an empty set");
-    } else {
-        FUZZ_CHECK(index >= 0 && index < count, "distancePointPointSet: index %d of %d", index,
-                   count);
-    }
+    FUZZ_CHECK(count == 0 ? index == -12345 && dset == 0.0f : index >= 0 && index < count,
+               "distancePointPointSet: index %d of %d", index, count);
 
     (void)distancePointPlane(p, plane(in));
     const float tolerance = F(in);
@@ -239,42 +210,29 @@ void projectionsAndDerived(FuzzedDataProvider & in) {
     float param = sentinel();
     FUZZ_CHECK(projectionOrtho(out, param, p, l) == e_geomProjected,
                "projectionOrtho on a line: not e_geomProjected");
-    written(out, "projectionOrtho out");
-    written(param, "projectionOrtho param");
+    written("projectionOrtho(line) out / param", out, param);
 
     const Plane pl = plane(in);
     const Vector3f dir = V(in);
-    out = sentinelVector();
-    const _e_geomInfo code = projection(out, p, pl, dir);
-    codeIn(code, {e_geomIntersection, e_geomParallel, e_geomContained}, "projection");
-    if (code == e_geomIntersection)
-        written(out, "projection out");
-    else
-        untouched(out, "projection out");
-    out = sentinelVector();
-    const _e_geomInfo ortho = projectionOrtho(out, p, pl);
-    codeIn(ortho, {e_geomIntersection, e_geomParallel, e_geomContained}, "projectionOrtho");
-    if (ortho == e_geomIntersection)
-        written(out, "projectionOrtho(plane) out");
-    else
-        untouched(out, "projectionOrtho(plane) out");
+    for (int ortho = 0; ortho < 2; ++ortho) {
+        out = sentinelVector();
+        const _e_geomInfo c = ortho ? projectionOrtho(out, p, pl) : projection(out, p, pl, dir);
+        codeIn(c, {e_geomIntersection, e_geomParallel, e_geomContained}, "projection(Ortho)");
+        outputs(c == e_geomIntersection, "projection(Ortho) out", out);
+    }
 
     const float radius = F(in);
-    out = sentinelVector();
-    spherisePoint(out, p, radius);
-    written(out, "spherisePoint");
-    out = sentinelVector();
-    spherisePoint(out, p, radius, F(in));
-    written(out, "spherisePoint(exponent)");
-    out = sentinelVector();
-    spherisePoint(out, p, radius, V(in));
-    written(out, "spherisePoint(exponents)");
+    Vector3f s1 = sentinelVector(), s2 = sentinelVector(), s3 = sentinelVector();
+    spherisePoint(s1, p, radius);
+    spherisePoint(s2, p, radius, F(in));
+    spherisePoint(s3, p, radius, V(in));
+    written("spherisePoint", s1, s2, s3);
 
     Vector3f points[3] = {V(in), V(in), V(in)};
     const bool edges = in.ConsumeBool(), result = in.ConsumeBool();
     out = sentinelVector();
     normal3Pts(out, points[0], points[1], points[2], edges, result);
-    written(out, "normal3Pts");
+    written("normal3Pts", out);
     const int which = in.ConsumeIntegralInRange(0, 2);
     Vector3f copy[3] = {points[0], points[1], points[2]};
     normal3Pts(copy[which], copy[0], copy[1], copy[2], edges, result); // out may be a point
@@ -285,7 +243,7 @@ void projectionsAndDerived(FuzzedDataProvider & in) {
 
     float half = sentinel();
     (void)Cote(V(in), V(in), F(in), half);
-    written(half, "Cote halfAngle");
+    written("Cote halfAngle", half);
 }
 
 // --- 3D intersections ------------------------------------------------------------------------
@@ -297,13 +255,7 @@ void intersections(FuzzedDataProvider & in) {
     float t = sentinel();
     const _e_geomInfo lp = interLinePlane(out, t, l, pl);
     codeIn(lp, {e_geomIntersection, e_geomParallel, e_geomContained}, "interLinePlane");
-    if (lp == e_geomIntersection) {
-        written(out, "interLinePlane out");
-        written(t, "interLinePlane t");
-    } else {
-        untouched(out, "interLinePlane out");
-        untouched(t, "interLinePlane t");
-    }
+    outputs(lp == e_geomIntersection, "interLinePlane out / t", out, t);
     PlaneProjector projector;
     projector.setPlane(pl);
     Vector3f projected = sentinelVector();
@@ -312,7 +264,7 @@ void intersections(FuzzedDataProvider & in) {
     if (lp == e_geomIntersection)
         sameVector(projected, out, "PlaneProjector::project");
     else
-        untouched(projected, "PlaneProjector::project out");
+        outputs(false, "PlaneProjector::project out", projected);
 
     const float value = F(in), tolerance = F(in);
     for (int axis = 0; axis < 3; ++axis) {
@@ -321,37 +273,20 @@ void intersections(FuzzedDataProvider & in) {
                               : axis == 1 ? interLinePlaneXZ(t, l, value, tolerance)
                                           : interLinePlaneXY(t, l, value, tolerance);
         codeIn(c, {e_geomIntersection, e_geomParallel, e_geomContained}, "interLinePlaneXY/XZ/YZ");
-        if (c == e_geomIntersection)
-            written(t, "interLinePlaneXY/XZ/YZ t");
-        else
-            untouched(t, "interLinePlaneXY/XZ/YZ t");
+        outputs(c == e_geomIntersection, "interLinePlaneXY/XZ/YZ t", t);
     }
 
     out = sentinelVector();
     float t1 = sentinel(), t2 = sentinel();
     const _e_geomInfo ll = interLineLine(out, t1, t2, l, l2);
     codeIn(ll, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, "interLineLine");
-    if (ll == e_geomParallel) {
-        untouched(out, "interLineLine out");
-        untouched(t1, "interLineLine t1");
-        untouched(t2, "interLineLine t2");
-    } else {
-        written(out, "interLineLine out");
-        written(t1, "interLineLine t1");
-        written(t2, "interLineLine t2");
-    }
+    outputs(ll != e_geomParallel, "interLineLine out / t1 / t2", out, t1, t2);
 
     out = sentinelVector();
     t = sentinel();
     const _e_geomInfo cl = interTwoCoplanarLines(out, t, l, l2);
     codeIn(cl, {e_geomIntersection, e_geomParallel}, "interTwoCoplanarLines");
-    if (cl == e_geomParallel) {
-        untouched(out, "interTwoCoplanarLines out");
-        untouched(t, "interTwoCoplanarLines t");
-    } else {
-        written(out, "interTwoCoplanarLines out");
-        written(t, "interTwoCoplanarLines t");
-    }
+    outputs(cl != e_geomParallel, "interTwoCoplanarLines out / t", out, t);
 
     const KDRSegment s(V(in), V(in)), s2(V(in), V(in));
     out = sentinelVector();
@@ -361,30 +296,20 @@ void intersections(FuzzedDataProvider & in) {
            "interSegmentPlane");
     // Exactly zero length: every difference 0 (infinite equal ends give NaN, not 0).
     const Vector3f span(s.m_start, s.m_end);
-    const bool zeroLength = span.x() == 0.0f && span.y() == 0.0f && span.z() == 0.0f;
-    if (zeroLength) {
+    if (span.x() == 0.0f && span.y() == 0.0f && span.z() == 0.0f) {
         FUZZ_CHECK(sp == e_geomNoIntersection, "interSegmentPlane, zero length: code %d", sp);
-        untouched(out, "interSegmentPlane out, zero length");
-        untouched(t, "interSegmentPlane t, zero length");
+        outputs(false, "interSegmentPlane out / t, zero length", out, t);
     } else {
-        written(t, "interSegmentPlane t"); // scaled in every case
-        if (sp == e_geomIntersection || sp == e_geomNoIntersection)
-            written(out, "interSegmentPlane out");
-        else
-            untouched(out, "interSegmentPlane out");
+        written("interSegmentPlane t", t); // scaled in every case
+        outputs(sp == e_geomIntersection || sp == e_geomNoIntersection, "interSegmentPlane out",
+                out);
     }
 
     out = sentinelVector();
     t = sentinel();
     const _e_geomInfo ss = interSegmentSegment(out, t, s, s2);
     codeIn(ss, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, "interSegmentSegment");
-    if (ss == e_geomParallel) {
-        untouched(out, "interSegmentSegment out");
-        untouched(t, "interSegmentSegment t");
-    } else {
-        written(out, "interSegmentSegment out");
-        written(t, "interSegmentSegment t");
-    }
+    outputs(ss != e_geomParallel, "interSegmentSegment out / t", out, t);
 
     out = sentinelVector();
     float u = sentinel(), v = sentinel();
@@ -392,71 +317,45 @@ void intersections(FuzzedDataProvider & in) {
     const Vector3f p0 = V(in), p1 = V(in), p2 = V(in);
     const _e_geomInfo lt = interLineTriangle(out, u, v, inside, l, p0, p1, p2);
     codeIn(lt, {e_geomNoIntersection, e_geomIntersection}, "interLineTriangle");
-    if (lt == e_geomNoIntersection) {
-        FUZZ_CHECK(!inside, "interLineTriangle: inside on a zero determinant");
-        untouched(out, "interLineTriangle out");
-        untouched(u, "interLineTriangle u");
-        untouched(v, "interLineTriangle v");
-    } else {
-        written(out, "interLineTriangle out");
-        written(u, "interLineTriangle u");
-        written(v, "interLineTriangle v");
-        // Documented as "false if u < 0, or v < 0, or u + v > 1; true otherwise": a NaN hit is
-        // inside.
-        FUZZ_CHECK(!inside || !(u < 0.0f || v < 0.0f), "interLineTriangle: inside with u %a, v %a",
-                   static_cast<double>(u), static_cast<double>(v));
-    }
+    outputs(lt == e_geomIntersection, "interLineTriangle out / u / v", out, u, v);
+    // Documented as "false if u < 0, or v < 0, or u + v > 1": a NaN hit is inside; a zero
+    // determinant is not.
+    FUZZ_CHECK(!inside || (lt == e_geomIntersection && !(u < 0.0f || v < 0.0f)),
+               "interLineTriangle: inside with code %d, u %a, v %a", lt, static_cast<double>(u),
+               static_cast<double>(v));
 
     KDRLine cut;
-    cut.m_point = sentinelVector();
-    cut.m_dir = sentinelVector();
+    cut.m_point = cut.m_dir = sentinelVector();
     const _e_geomInfo pp = interPlanePlane(cut, pl, plane(in));
     codeIn(pp, {e_geomIntersection, e_geomParallel, e_geomCoincident}, "interPlanePlane");
-    if (pp == e_geomIntersection) {
-        written(cut.m_point, "interPlanePlane m_point");
-        written(cut.m_dir, "interPlanePlane m_dir");
-    } else {
-        untouched(cut.m_point, "interPlanePlane m_point");
-        untouched(cut.m_dir, "interPlanePlane m_dir");
-    }
+    outputs(pp == e_geomIntersection, "interPlanePlane line", cut.m_point, cut.m_dir);
 
-    Plane planes[6];
-    for (Plane & p : planes)
+    Plane pls[6];
+    for (Plane & p : pls)
         p = plane(in);
     Vector3f o1 = sentinelVector(), o2 = sentinelVector();
-    float tMin = sentinel(), tMax = sentinel();
-    interLineViewingVolume(o1, o2, tMin, tMax, l, planes[0], planes[1], planes[2], planes[3],
-                           planes[4], planes[5]);
-    written(o1, "interLineViewingVolume out1");
-    written(o2, "interLineViewingVolume out2");
-    written(tMin, "interLineViewingVolume tMin");
-    written(tMax, "interLineViewingVolume tMax");
+    t1 = t2 = sentinel();
+    interLineViewingVolume(o1, o2, t1, t2, l, pls[0], pls[1], pls[2], pls[3], pls[4], pls[5]);
+    written("interLineViewingVolume", o1, o2, t1, t2);
 }
 
 // --- 2D ----------------------------------------------------------------------------------------
 
 void twoD(FuzzedDataProvider & in) {
     float o1[2], d1[2], o2[2], d2[2];
-    fill(in, o1, 2);
-    fill(in, d1, 2);
-    fill(in, o2, 2);
-    fill(in, d2, 2);
+    for (float * f : {o1, d1, o2, d2})
+        fill(in, f, 2);
     for (int form = 0; form < 2; ++form) {
         float out[2] = {sentinel(), sentinel()};
         float t1 = sentinel(), t2 = sentinel();
         const _e_geomInfo c = form == 0 ? inter2dLineLine(out, t1, t2, o1, d1, o2, d2)
                                         : inter2dSegmentSegment(out, t1, t2, o1, d1, o2, d2);
-        if (form == 0)
-            codeIn(c, {e_geomIntersection, e_geomParallel}, "inter2dLineLine");
-        else
-            codeIn(c, {e_geomNoIntersection, e_geomIntersection, e_geomParallel},
-                   "inter2dSegmentSegment");
-        for (float w : {out[0], out[1], t1, t2}) {
-            if (c == e_geomParallel)
-                untouched(w, "inter2dLineLine / inter2dSegmentSegment output");
-            else
-                written(w, "inter2dLineLine / inter2dSegmentSegment output");
-        }
+        codeIn(c,
+               {form == 0 ? e_geomIntersection : e_geomNoIntersection, e_geomIntersection,
+                e_geomParallel},
+               "inter2dLineLine / inter2dSegmentSegment");
+        outputs(c != e_geomParallel, "inter2dLineLine / inter2dSegmentSegment output", out[0],
+                out[1], t1, t2);
     }
     codeIn(inter2dSegmentSegment(o1, d1, o2, d2), {e_geomNoIntersection, e_geomIntersection},
            "inter2dSegmentSegment(p1, p2, q1, q2)");
@@ -467,34 +366,24 @@ void twoD(FuzzedDataProvider & in) {
     const float at = F(in), lo = F(in), hi = F(in);
     for (int vertical = 0; vertical < 2; ++vertical) {
         const int k = vertical ? 0 : 1; // the axis the line is fixed in
-        float r = sentinel();
+        float r = sentinel(), rs = sentinel();
         const _e_geomInfo line = vertical ? inter2dSegmentVerticalLine(a, b, at, r)
                                           : inter2dSegmentHorizontalLine(a, b, at, r);
         codeIn(line, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
                "inter2dSegmentVertical/HorizontalLine");
-        if (line == e_geomIntersection)
-            written(r, "inter2dSegmentVertical/HorizontalLine coordinate");
-        else
-            untouched(r, "inter2dSegmentVertical/HorizontalLine coordinate");
+        outputs(line == e_geomIntersection, "inter2dSegmentVertical/HorizontalLine coordinate", r);
         if (std::isfinite(a[k]) && a[k] == b[k] && line != e_geomCoincident)
             FUZZ_CHECK(a[k] != at, "segment on the line: code %d, not e_geomCoincident", line);
 
-        float rs = sentinel();
         const _e_geomInfo seg = vertical ? inter2dSegmentVerticalSegment(a, b, at, lo, hi, rs)
                                          : inter2dSegmentHorizontalSegment(a, b, at, lo, hi, rs);
         codeIn(seg, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
                "inter2dSegmentVertical/HorizontalSegment");
         // The segment form is the line form plus a range test after the coordinate is written.
-        if (line == e_geomIntersection) {
-            written(rs, "inter2dSegmentVertical/HorizontalSegment coordinate");
-            FUZZ_CHECK(sameFloat(rs, r),
-                       "inter2dSegment*Segment: coordinate differs from the line form");
-            FUZZ_CHECK(seg != e_geomCoincident, "inter2dSegment*Segment: coincident on a crossing");
-        } else {
-            FUZZ_CHECK(seg == line, "inter2dSegment*Segment: code %d, the line form gave %d", seg,
-                       line);
-            untouched(rs, "inter2dSegmentVertical/HorizontalSegment coordinate");
-        }
+        outputs(line == e_geomIntersection, "inter2dSegment*Segment coordinate", rs);
+        FUZZ_CHECK(line == e_geomIntersection ? sameFloat(rs, r) && seg != e_geomCoincident
+                                              : seg == line,
+                   "inter2dSegment*Segment: code %d, the line form gave %d", seg, line);
     }
 
     BoundingBox bb = box(in);
@@ -505,9 +394,11 @@ void twoD(FuzzedDataProvider & in) {
         return bb.m_min.x() <= p[0] && p[0] <= bb.m_max.x() && bb.m_min.y() <= p[1] &&
                p[1] <= bb.m_max.y();
     };
-    if (!hasNaN({a[0], a[1], b[0], b[1], bb.m_min.x(), bb.m_min.y(), bb.m_max.x(), bb.m_max.y()}))
-        FUZZ_CHECK(aInside == within(a) && bInside == within(b),
-                   "inter2dSegmentBBox: inside flags");
+    bool nan = false;
+    for (float f : {a[0], a[1], b[0], b[1], bb.m_min.x(), bb.m_min.y(), bb.m_max.x(), bb.m_max.y()})
+        nan = nan || f != f;
+    FUZZ_CHECK(nan || (aInside == within(a) && bInside == within(b)),
+               "inter2dSegmentBBox: inside flags");
     FUZZ_CHECK(aInside == bInside || sb == e_geomIntersection,
                "inter2dSegmentBBox: one end inside, one outside, and no intersection");
 
@@ -516,9 +407,7 @@ void twoD(FuzzedDataProvider & in) {
     float p[2];
     fill(in, p, 2);
     (void)distance2PointSegment2D(t, nearest, a, b, p);
-    written(t, "distance2PointSegment2D t");
-    written(nearest.x(), "distance2PointSegment2D nearest.x");
-    written(nearest.y(), "distance2PointSegment2D nearest.y");
+    written("distance2PointSegment2D", t, nearest.x(), nearest.y());
     float same[2] = {a[0], a[1]};
     t = sentinel();
     (void)distance2PointSegment2D(t, nearest, a, same, p);
@@ -527,36 +416,29 @@ void twoD(FuzzedDataProvider & in) {
                        bitsOf(nearest.y()) == bitsOf(a[1]),
                    "distance2PointSegment2D with a == b: t %a", static_cast<double>(t));
 
-    // The four forms of pointIn2DPolygon on the same vertices agree; z is never read.
+    // The four forms of pointIn2DPolygon on the same vertices agree; z is never read. The index
+    // forms read reversed copies through indexes restoring the order.
     const int n = in.ConsumeIntegralInRange(0, 8);
-    std::vector<Vector3f> v3, v3z;
-    std::vector<Vector2f> v2;
-    for (int i = 0; i < n; ++i) {
+    const auto un = static_cast<std::size_t>(n);
+    std::vector<Vector3f> v3, v3z, r3(un);
+    std::vector<Vector2f> v2, r2(un);
+    std::vector<int> order(un);
+    for (std::size_t i = 0; i < un; ++i) {
         const float x = F(in), y = F(in);
         v3.emplace_back(x, y, F(in));
         v3z.emplace_back(x, y, sentinel());
         v2.emplace_back(x, y);
+        order[i] = static_cast<int>(un - 1 - i);
+        r3[un - 1 - i] = v3[i];
+        r2[un - 1 - i] = v2[i];
     }
-    // Index forms over a shuffled copy, indexes restoring the order.
-    std::vector<int> order(static_cast<std::size_t>(n));
-    std::vector<Vector3f> shuffled3(static_cast<std::size_t>(n));
-    std::vector<Vector2f> shuffled2(static_cast<std::size_t>(n));
-    for (int i = 0; i < n; ++i) {
-        const auto j = static_cast<std::size_t>(n - 1 - i); // reversed storage
-        order[static_cast<std::size_t>(i)] = static_cast<int>(j);
-        shuffled3[j] = v3[static_cast<std::size_t>(i)];
-        shuffled2[j] = v2[static_cast<std::size_t>(i)];
-    }
-    const bool r3 = pointIn2DPolygon(p, v3.data(), v3.data() + n);
-    FUZZ_CHECK(n >= 2 || !r3, "pointIn2DPolygon with %d vertices gave true", n);
-    FUZZ_CHECK(pointIn2DPolygon(p, v3z.data(), v3z.data() + n) == r3,
-               "pointIn2DPolygon depends on z");
-    FUZZ_CHECK(pointIn2DPolygon(p, v2.data(), v2.data() + n) == r3,
-               "pointIn2DPolygon: Vector2f form differs");
-    FUZZ_CHECK(pointIn2DPolygon(p, shuffled3.data(), order.data(), order.data() + n) == r3,
-               "pointIn2DPolygon: indexed Vector3f form differs");
-    FUZZ_CHECK(pointIn2DPolygon(p, shuffled2.data(), order.data(), order.data() + n) == r3,
-               "pointIn2DPolygon: indexed Vector2f form differs");
+    const bool in3 = pointIn2DPolygon(p, v3.data(), v3.data() + n);
+    FUZZ_CHECK(n >= 2 || !in3, "pointIn2DPolygon with %d vertices gave true", n);
+    FUZZ_CHECK(pointIn2DPolygon(p, v3z.data(), v3z.data() + n) == in3 &&
+                   pointIn2DPolygon(p, v2.data(), v2.data() + n) == in3 &&
+                   pointIn2DPolygon(p, r3.data(), order.data(), order.data() + n) == in3 &&
+                   pointIn2DPolygon(p, r2.data(), order.data(), order.data() + n) == in3,
+               "pointIn2DPolygon: the forms differ");
     FUZZ_CHECK(!pointInTriangle(V(in), V(in), V(in), V(in)), "pointInTriangle gave true");
 }
 
@@ -565,29 +447,25 @@ void twoD(FuzzedDataProvider & in) {
 void boxes(FuzzedDataProvider & in) {
     const KDRLine l = line(in);
     const BoundingBox bb = box(in);
-    float tMin = sentinel(), tMax = sentinel();
+    float tMin = sentinel(), tMax = sentinel(), tMin2 = sentinel(), tMax2 = sentinel();
     interLineBoundingBox(tMin, tMax, l, bb);
-    written(tMin, "interLineBoundingBox tMin");
-    written(tMax, "interLineBoundingBox tMax");
+    written("interLineBoundingBox range", tMin, tMax);
     FUZZ_CHECK(!(tMax < tMin), "interLineBoundingBox: an empty range was not reset to 0");
-    float tMin2 = sentinel(), tMax2 = sentinel();
     int fx = 99, fy = 99, fz = 99;
     const bool hit = interLineBoundingBox(tMin2, tMax2, fx, fy, fz, l, bb);
     FUZZ_CHECK(sameFloat(tMin2, tMin) && sameFloat(tMax2, tMax),
                "interLineBoundingBox: the two forms give different ranges");
-    FUZZ_CHECK(fx >= -1 && fx <= 1 && fy >= -1 && fy <= 1 && fz >= -1 && fz <= 1,
+    FUZZ_CHECK(fx >= -1 && fx <= 1 && fy >= -1 && fy <= 1 && fz >= -1 && fz <= 1 &&
+                   (fx != 0) + (fy != 0) + (fz != 0) <= 1,
                "interLineBoundingBox: faces %d %d %d", fx, fy, fz);
-    FUZZ_CHECK((fx != 0) + (fy != 0) + (fz != 0) <= 1, "interLineBoundingBox: two entry faces");
     FUZZ_CHECK(!hit || tMin2 != tMax2, "interLineBoundingBox: true for an empty range");
 
     MatAff4f m;
     fill(in, m.getValue(), 16);
     BoundingBox out;
-    out.m_min = sentinelVector();
-    out.m_max = sentinelVector();
+    out.m_min = out.m_max = sentinelVector();
     BoundingBoxAlgo::transformBBox(out, bb, m);
-    written(out.m_min, "transformBBox m_min");
-    written(out.m_max, "transformBBox m_max");
+    written("transformBBox", out.m_min, out.m_max);
     BoundingBox self = bb; // out may be box
     BoundingBoxAlgo::transformBBox(self, self, m);
     sameVector(self.m_min, out.m_min, "transformBBox with out = box, m_min");
@@ -605,8 +483,7 @@ void boxes(FuzzedDataProvider & in) {
         identical(acc.m_min, accBefore.m_min, "cameraProjBBox, all behind: uninitialised out");
         identical(acc.m_max, accBefore.m_max, "cameraProjBBox, all behind: uninitialised out");
     }
-    BoundingBox selfAcc = bb; // out may be box
-    BoundingBox plain = bb;
+    BoundingBox selfAcc = bb, plain = bb; // out may be box
     const int selfCode = BoundingBoxAlgo::cameraProjBBox(selfAcc, selfAcc, proj, depth);
     const int plainCode = BoundingBoxAlgo::cameraProjBBox(plain, bb, proj, depth);
     FUZZ_CHECK(selfCode == plainCode, "cameraProjBBox with out = box: code differs");
@@ -614,29 +491,24 @@ void boxes(FuzzedDataProvider & in) {
     sameVector(selfAcc.m_max, plain.m_max, "cameraProjBBox with out = box, m_max");
 
     BoundingBox2D screen;
-    screen.m_min = Vector2f(sentinel(), sentinel());
-    screen.m_max = Vector2f(sentinel(), sentinel());
+    screen.m_min = screen.m_max = Vector2f(sentinel(), sentinel());
     const int code2 = BoundingBoxAlgo::cameraProjBBox(screen, bb, proj, depth);
     FUZZ_CHECK(code2 == plainCode, "cameraProjBBox: the 2D form's code %d differs from %d", code2,
                plainCode);
-    for (float w : {screen.m_min.x(), screen.m_min.y(), screen.m_max.x(), screen.m_max.y()})
-        written(w, "cameraProjBBox(BoundingBox2D) out");
-    if (code2 == 2)
-        FUZZ_CHECK(screen.m_min.x() == 1.0f && screen.m_min.y() == 0.0f &&
-                       screen.m_max.x() == 0.0f && screen.m_max.y() == 0.0f,
-                   "cameraProjBBox(BoundingBox2D), all behind: not (1, 0) - (0, 0)");
+    written("cameraProjBBox(BoundingBox2D) out", screen.m_min.x(), screen.m_min.y(),
+            screen.m_max.x(), screen.m_max.y());
+    FUZZ_CHECK(code2 != 2 || (screen.m_min.x() == 1.0f && screen.m_min.y() == 0.0f &&
+                              screen.m_max.x() == 0.0f && screen.m_max.y() == 0.0f),
+               "cameraProjBBox(BoundingBox2D), all behind: not (1, 0) - (0, 0)");
 
     BoundingBox2D rect;
-    fill(in, &rect.m_min.x(), 1);
-    fill(in, &rect.m_min.y(), 1);
-    fill(in, &rect.m_max.x(), 1);
-    fill(in, &rect.m_max.y(), 1);
+    for (float * f : {&rect.m_min.x(), &rect.m_min.y(), &rect.m_max.x(), &rect.m_max.y()})
+        fill(in, f, 1);
     bool spare = true, inside = in.ConsumeBool();
     const bool meets = BoundingBoxAlgo::BBox3DIntersectBBox2D(bb, rect, proj, depth, spare, inside);
     FUZZ_CHECK(!spare, "BBox3DIntersectBBox2D: spare set");
     FUZZ_CHECK(!inside || meets, "BBox3DIntersectBBox2D: boxInsideRect without a hit");
-    if (code2 == 2)
-        FUZZ_CHECK(!meets && !inside, "BBox3DIntersectBBox2D: all corners behind, yet a hit");
+    FUZZ_CHECK(code2 != 2 || (!meets && !inside), "BBox3DIntersectBBox2D: all behind, yet a hit");
     const Vector3f q0 = V(in), q1 = V(in), q2 = V(in), q3 = V(in);
     spare = true;
     (void)BoundingBoxAlgo::QuadIntersectBBox2D(q0, q1, q2, q3, rect, proj, depth, spare);
@@ -645,14 +517,13 @@ void boxes(FuzzedDataProvider & in) {
     MatAff4f place;
     fill(in, place.getValue(), 16);
     const Vector3f p = V(in);
-    const float d2 = BoundingBoxAlgo::BBox3DDistance2(bb, place, p);
-    FUZZ_CHECK(!(d2 < 0.0f), "BBox3DDistance2 negative");
-    const float q2d = BoundingBoxAlgo::QuadDistance2(q0, q1, q2, q3, place, p);
-    FUZZ_CHECK(!(q2d < 0.0f), "QuadDistance2 negative");
+    FUZZ_CHECK(!(BoundingBoxAlgo::BBox3DDistance2(bb, place, p) < 0.0f) &&
+                   !(BoundingBoxAlgo::QuadDistance2(q0, q1, q2, q3, place, p) < 0.0f),
+               "BBox3DDistance2 / QuadDistance2 negative");
 
     Vector3f projected = sentinelVector();
     cameraProjPoint(projected, p, proj, depth);
-    written(projected, "cameraProjPoint");
+    written("cameraProjPoint", projected);
     Vector3f selfPoint = p; // out may be p
     cameraProjPoint(selfPoint, selfPoint, proj, depth);
     sameVector(selfPoint, projected, "cameraProjPoint with out = p");
@@ -665,28 +536,10 @@ void boxes(FuzzedDataProvider & in) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
+    static void (*const parts[])(FuzzedDataProvider &) = {
+        primitives, distances, projectionsAndDerived, intersections, twoD, boxes};
     FuzzedDataProvider in(data, size);
-    for (int k = 0; k < 4 && (k == 0 || in.remaining_bytes() > 0); ++k) {
-        switch (in.ConsumeIntegralInRange(0, 5)) {
-        case 0:
-            primitives(in);
-            break;
-        case 1:
-            distances(in);
-            break;
-        case 2:
-            projectionsAndDerived(in);
-            break;
-        case 3:
-            intersections(in);
-            break;
-        case 4:
-            twoD(in);
-            break;
-        default:
-            boxes(in);
-            break;
-        }
-    }
+    for (int k = 0; k < 4 && (k == 0 || in.remaining_bytes() > 0); ++k)
+        parts[in.ConsumeIntegralInRange(0, 5)](in);
     return 0;
 }

@@ -122,30 +122,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t siz
         switch (in.ConsumeIntegralInRange(0, 9)) {
         case 0:
         case 1:
-        case 2: {
-            const int expected = m.generate();
-            const int got = g.generateID();
-            FUZZ_CHECK(got == expected, "step %d: generateID() %d, expected %d", step, got,
-                       expected);
-            break;
-        }
+        case 2:
         case 3:
-        case 4: {
-            const int requested = consumeId(in);
-            const int expected = m.generate(requested);
-            const int got = g.generateID(requested);
-            FUZZ_CHECK(got == expected, "step %d: generateID(%d) %d, expected %d", step, requested,
-                       got, expected);
-            break;
-        }
+        case 4:
         case 5:
         case 6:
-        case 7: {
-            const int id = consumeId(in);
-            const bool expected = m.free(id);
-            const bool got = g.freeID(id);
-            FUZZ_CHECK(got == expected, "step %d: freeID(%d) %d, expected %d", step, id, got,
-                       expected);
+        case 7: { // generateID(), generateID(requested), freeID(id)
+            const int kind = in.ConsumeIntegralInRange(0, 2), id = consumeId(in);
+            const int expected = kind == 0 ? m.generate() : kind == 1 ? m.generate(id) : m.free(id);
+            const int got = kind == 0   ? g.generateID()
+                            : kind == 1 ? g.generateID(id)
+                                        : g.freeID(id);
+            FUZZ_CHECK(got == expected, "step %d: %s(%d) %d, expected %d", step,
+                       kind == 2 ? "freeID" : "generateID", id, got, expected);
             break;
         }
         case 8: {

@@ -7,9 +7,11 @@
 //   failure, setProjection with no projection direction, factor on a singular block);
 // - an operation documented to allow `dst` to be an input gives, with that overlap, the very
 //   results it gives without it (NaN matching NaN);
-// - results fixed exactly by the documentation: neg, abs, transpose, copies, setScale,
-//   setTranslate, the bottom row of rotation builders and conversions, the always-0 int results,
-//   the written elements of the cheap inverses, the refusal rule of inverseScale.
+// - results fixed exactly by the documentation: copies, neg, transpose, identity, the bottom row
+//   of rotation builders, the always-0 int results, the refusal rule of inverseScale;
+// - every level of the vector versions gives the baseline's bits.
+// The operations sit in tables by signature; each input runs a few of them, then all of them at
+// every level for the comparison.
 // No result may depend on NaN, infinity, denormal or huge input in a way that crashes or hangs.
 #include "FuzzFloats.h"
 #include "FuzzLevels.h"
@@ -17,15 +19,16 @@
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <fuzzer/FuzzedDataProvider.h>
+#include <iterator>
 #include <memory>
 #include <vector>
 
 namespace {
 
 using fuzz::bitsOf;
-using fuzz::floatOf;
 using fuzz::isSentinel;
 using fuzz::sameFloat;
 using fuzz::sentinel;
@@ -81,67 +84,90 @@ Arr consumeArray(FuzzedDataProvider & in, std::size_t n) {
     return a;
 }
 
-// A binary operation on 16 (or 4) elements whose `dst` may be `a` or `b`.
-template <class Op>
-void binaryWithAliases(Arr const & a, Arr const & b, std::uint32_t written, char const * name,
-                       Op op) {
-    Arr out = filled(a.size());
-    op(out.data(), a.data(), b.data());
-    checkWritten(out, written, name);
-    Arr x = a;
-    op(x.data(), x.data(), b.data());
-    checkSame(x, out, name, "with dst = a");
-    Arr y = b;
-    op(y.data(), a.data(), y.data());
-    checkSame(y, out, name, "with dst = b");
-}
+using K = EnhancedMathFunctions;
+enum Alias { NONE, A_OR_B, B_ONLY };
 
-// A unary operation whose `dst` may be `src`; returns the result for further checks.
-template <class Op>
-Arr unaryWithAlias(Arr const & src, std::size_t dstSize, std::uint32_t written, char const * name,
-                   Op op) {
-    Arr out = filled(dstSize);
-    op(out.data(), src.data());
-    checkWritten(out, written, name);
-    if (dstSize == src.size()) {
-        Arr x = src;
-        op(x.data(), x.data());
-        // Unwritten elements keep src's values in the overlapping call.
-        for (std::size_t i = 0; i < x.size(); ++i)
-            FUZZ_CHECK(sameFloat(x[i], ((written >> i) & 1u) ? out[i] : src[i]),
-                       "%s with dst = src: element %zu", name, i);
-    }
-    return out;
-}
+// dst = f(a, b): a, b and dst of exact sizes; `alias` says which inputs dst may be.
+struct Binary {
+    const char * name;
+    void (K::*f)(float *, float const *, float const *) const;
+    std::size_t na, nb, nd;
+    std::uint32_t mask;
+    Alias alias;
+};
+const Binary BINARY[] = {
+    {"cross", &K::cross, 3, 3, 3, 7u, NONE},
+    {"addMatrices", &K::addMatrices, 16, 16, 16, ALL16, A_OR_B},
+    {"subMatrices", &K::subMatrices, 16, 16, 16, ALL16, A_OR_B},
+    {"multMatrices", &K::multMatrices, 16, 16, 16, ALL16, NONE},
+    {"multAffineMatrices", &K::multAffineMatrices, 16, 16, 16, ALL16, NONE},
+    {"multMatrixVec3f", &K::multMatrixVec3f, 16, 3, 3, 7u, B_ONLY},
+    {"multAffineMatrixVec3f", &K::multAffineMatrixVec3f, 16, 3, 3, 7u, B_ONLY},
+    {"multAffineMatrixVec3fAsDir", &K::multAffineMatrixVec3fAsDir, 16, 3, 3, 7u, B_ONLY},
+    {"multMatrixVec4f", &K::multMatrixVec4f, 16, 4, 4, 0xFu, B_ONLY},
+    {"multAffineColRow", &K::multAffineColRow, 3, 3, 16, 0x0FFFu, NONE},
+    {"addQuaternions", &K::addQuaternions, 4, 4, 4, 0xFu, A_OR_B},
+    {"subQuaternions", &K::subQuaternions, 4, 4, 4, 0xFu, A_OR_B},
+    {"multQuaternions", &K::multQuaternions, 4, 4, 4, 0xFu, A_OR_B},
+    {"divQuaternionsU", &K::divQuaternionsU, 4, 4, 4, 0xFu, A_OR_B},
+    {"applyQuatOn", &K::applyQuatOn, 4, 3, 3, 7u, B_ONLY},
+    {"dotQuaternions", &K::dotQuaternions, 4, 4, 4, 1u, NONE},
+};
 
-// The inverses with a bool result: all of `written` or nothing, the same with dst = src, and on
-// failure src untouched in the overlapping call.
-template <class Op>
-void inverseLike(Arr const & src, std::uint32_t written, char const * name, Op op,
-                 bool mayOverlap = true) {
-    Arr out = filled(16);
-    const bool ok = op(out.data(), src.data());
-    checkWritten(out, ok ? written : 0u, name);
-    if (!mayOverlap)
-        return;
-    Arr x = src;
-    const bool okAliased = op(x.data(), x.data());
-    FUZZ_CHECK(okAliased == ok, "%s: result %d with dst = src, %d without", name, okAliased, ok);
-    for (std::size_t i = 0; i < 16; ++i)
-        FUZZ_CHECK(sameFloat(x[i], ok && ((written >> i) & 1u) ? out[i] : src[i]),
-                   "%s with dst = src: element %zu", name, i);
-}
+// dst = f(src) or f(src, s); `frame`: a rotation matrix with the fixed bottom row and translation.
+struct Unary {
+    const char * name;
+    void (K::*f)(float *, float const *) const;
+    void (K::*fs)(float *, float const *, float) const;
+    std::size_t ns, nd;
+    std::uint32_t mask;
+    bool alias, frame;
+};
+const Unary UNARY[] = {
+    {"copyMat4fTo", &K::copyMat4fTo, nullptr, 16, 16, ALL16, false, false},
+    {"copyVec3fTo", &K::copyVec3fTo, nullptr, 3, 3, 7u, false, false},
+    {"neg", &K::neg, nullptr, 16, 16, ALL16, true, false},
+    {"abs", &K::abs, nullptr, 16, 16, ALL16, true, false},
+    {"transpose", &K::transpose, nullptr, 16, 16, ALL16, false, false},
+    {"transposeAffine", &K::transposeAffine, nullptr, 16, 16, ROTATION_BLOCK, false, false},
+    {"setScale", &K::setScale, nullptr, 3, 16, ALL16, false, false},
+    {"setTranslate", &K::setTranslate, nullptr, 3, 16, ALL16, false, false},
+    {"setRotate(euler)", &K::setRotate, nullptr, 3, 16, ALL16, false, false},
+    {"conjugateQuaternion", &K::conjugateQuaternion, nullptr, 4, 4, 0xFu, true, false},
+    {"inverseQuaternion", &K::inverseQuaternion, nullptr, 4, 4, 0xFu, true, false},
+    {"inverseQuaternionU", &K::inverseQuaternionU, nullptr, 4, 4, 0xFu, true, false},
+    {"eulerToQuaternion", &K::eulerToQuaternion, nullptr, 3, 4, 0xFu, false, false},
+    {"quaternionToEuler", &K::quaternionToEuler, nullptr, 4, 3, 7u, false, false},
+    {"quaternionToMatrix", &K::quaternionToMatrix, nullptr, 4, 16, ALL16, false, true},
+    {"eulerToMatrix", &K::eulerToMatrix, nullptr, 3, 16, ALL16, false, true},
+    {"multMatrixScalar", nullptr, &K::multMatrixScalar, 16, 16, ALL16, true, false},
+    {"setRotate(axis, angle)", nullptr, &K::setRotate, 3, 16, ALL16, false, false},
+    {"axisToQuaternion", nullptr, &K::axisToQuaternion, 3, 4, 0xFu, false, false},
+    {"axisToQuaternionU", nullptr, &K::axisToQuaternionU, 3, 4, 0xFu, false, false},
+    {"axisToMatrix", nullptr, &K::axisToMatrix, 3, 16, ALL16, false, true},
+};
 
-// The in-place products: only the documented elements may change.
-template <class Op> void inPlace(Arr const & m, std::uint32_t written, char const * name, Op op) {
-    Arr x = m;
-    op(x.data());
-    checkKept(x, m, written, name);
-}
+// The inverses with a bool result: all of `mask` or nothing; with `alias`, the same with
+// dst = src, and src untouched on failure.
+struct Inverse {
+    const char * name;
+    bool (K::*f)(float *, float const *) const;
+    std::uint32_t mask;
+    bool alias, alwaysOk;
+};
+const Inverse INVERSE[] = {
+    {"inverseMatrix", &K::inverseMatrix, ALL16, true, false},
+    {"inverse3", &K::inverse3, ALL16, true, false},
+    {"inverseAffine", &K::inverseAffine, ALL16, true, false},
+    {"inverseScale", &K::inverseScale, ALL16, true, false},
+    {"inverseTranslate", &K::inverseTranslate, ALL16, true, true},
+    {"inverseRotate", &K::inverseRotate, ROTATION_BLOCK, false, true},
+    {"inverseRotateAndTr", &K::inverseRotateAndTr, ROTATION_BLOCK | TRANSLATION, false, true},
+};
 
-std::uint32_t rows(std::initializer_list<int> rs, int columns) {
+std::uint32_t rows(std::initializer_list<int> rs) {
     std::uint32_t mask = 0;
-    for (int c = 0; c < columns; ++c)
+    for (int c = 0; c < 4; ++c)
         for (int r : rs)
             mask |= 1u << (4 * c + r);
     return mask;
@@ -153,328 +179,172 @@ std::uint32_t columns(std::initializer_list<int> cs) {
     return mask;
 }
 
-void runOne(FuzzedDataProvider & in) {
-    const Arr a = consumeArray(in, 16);
-    const Arr b = consumeArray(in, 16);
-    const float s = fuzz::consumeFloat(in);
-    const Arr a3(a.begin(), a.begin() + 3), b3(b.begin(), b.begin() + 3);
-    const Arr a4(a.begin(), a.begin() + 4), b4(b.begin(), b.begin() + 4);
+// The in-place products f(m, angle) or f(m, v): only the elements of `mask` may change.
+struct InPlace {
+    const char * name;
+    void (K::*fs)(float *, float) const;
+    void (K::*fv)(float *, float const *) const;
+    std::uint32_t mask;
+};
+const InPlace IN_PLACE[] = {
+    {"multLeftByRotateX", &K::multLeftByRotateX, nullptr, rows({1, 2})},
+    {"multRightByRotateX", &K::multRightByRotateX, nullptr, columns({1, 2})},
+    {"multLeftByRotateY", &K::multLeftByRotateY, nullptr, rows({0, 2})},
+    {"multRightByRotateY", &K::multRightByRotateY, nullptr, columns({0, 2})},
+    {"multLeftByRotateZ", &K::multLeftByRotateZ, nullptr, rows({0, 1})},
+    {"multRightByRotateZ", &K::multRightByRotateZ, nullptr, columns({0, 1})},
+    {"multLeftByTranslate", nullptr, &K::multLeftByTranslate, TRANSLATION},
+    {"multRightByTranslate", nullptr, &K::multRightByTranslate, TRANSLATION},
+    {"multLeftByScale", nullptr, &K::multLeftByScale, rows({0, 1, 2})},
+    {"multRightByScale", nullptr, &K::multRightByScale, ROTATION_BLOCK},
+};
 
-    switch (in.ConsumeIntegralInRange(0, 47)) {
+Arr head(Arr const & a, std::size_t n) {
+    return Arr(a.begin(), a.begin() + static_cast<std::ptrdiff_t>(n));
+}
+
+Arr runBinary(Binary const & op, Arr const & a, Arr const & b) {
+    const Arr x = head(a, op.na), y = head(b, op.nb);
+    Arr out = filled(op.nd);
+    (kernel().*op.f)(out.data(), x.data(), y.data());
+    checkWritten(out, op.mask, op.name);
+    if (op.alias == A_OR_B) {
+        Arr d = x;
+        (kernel().*op.f)(d.data(), d.data(), y.data());
+        checkSame(d, out, op.name, "with dst = a");
+    }
+    if (op.alias != NONE) {
+        Arr d = y;
+        (kernel().*op.f)(d.data(), x.data(), d.data());
+        checkSame(d, out, op.name, "with dst = b");
+    }
+    return out;
+}
+
+Arr runUnary(Unary const & op, Arr const & a, float s) {
+    const Arr src = head(a, op.ns);
+    auto call = [&](float * d, float const * x) {
+        if (op.f)
+            (kernel().*op.f)(d, x);
+        else
+            (kernel().*op.fs)(d, x, s);
+    };
+    Arr out = filled(op.nd);
+    call(out.data(), src.data());
+    checkWritten(out, op.mask, op.name);
+    if (op.frame)
+        checkRotationFrame(out, op.name);
+    if (op.alias) {
+        Arr x = src;
+        call(x.data(), x.data());
+        checkSame(x, out, op.name, "with dst = src");
+    }
+    return out;
+}
+
+Arr runInverse(Inverse const & op, Arr const & src) {
+    Arr out = filled(16);
+    const bool ok = (kernel().*op.f)(out.data(), src.data());
+    FUZZ_CHECK(ok || !op.alwaysOk, "%s: false", op.name);
+    checkWritten(out, ok ? op.mask : 0u, op.name);
+    if (op.alias) {
+        Arr x = src;
+        FUZZ_CHECK((kernel().*op.f)(x.data(), x.data()) == ok, "%s: result with dst = src",
+                   op.name);
+        for (std::size_t i = 0; i < 16; ++i)
+            FUZZ_CHECK(sameFloat(x[i], ok && ((op.mask >> i) & 1u) ? out[i] : src[i]),
+                       "%s with dst = src: element %zu", op.name, i);
+    }
+    out.push_back(ok ? 1.0f : 0.0f);
+    return out;
+}
+
+Arr runInPlace(InPlace const & op, Arr const & a, Arr const & b, float s) {
+    Arr x = a;
+    const Arr v = head(b, 3);
+    if (op.fs)
+        (kernel().*op.fs)(x.data(), s);
+    else
+        (kernel().*op.fv)(x.data(), v.data());
+    checkKept(x, a, op.mask, op.name);
+    return x;
+}
+
+// The operations outside the tables, with their documented exact results.
+void special(int which, FuzzedDataProvider & in, Arr const & a, Arr const & b, float s) {
+    const Arr a3 = head(a, 3), b3 = head(b, 3), a4 = head(a, 4);
+    switch (which) {
     case 0: {
         std::unique_ptr<float[]> copy(kernel().getMat4fCopy(a.data())); // new[]: delete[]
+        Arr id = filled(16), zero = filled(16);
+        kernel().setIdentity(id.data());
+        kernel().setZero(zero.data());
+        const Arr n = runUnary(UNARY[2], a, s), t = runUnary(UNARY[4], a, s);
         for (std::size_t i = 0; i < 16; ++i)
-            FUZZ_CHECK(bitsOf(copy[i]) == bitsOf(a[i]), "getMat4fCopy: element %zu", i);
-        Arr out = filled(16);
-        kernel().copyMat4fTo(out.data(), a.data());
-        checkSame(out, a, "copyMat4fTo", "");
-        Arr v = filled(3);
-        kernel().copyVec3fTo(v.data(), a3.data());
-        checkSame(v, a3, "copyVec3fTo", "");
+            FUZZ_CHECK(bitsOf(copy[i]) == bitsOf(a[i]) && id[i] == (i % 5 == 0 ? 1.0f : 0.0f) &&
+                           zero[i] == 0.0f && sameFloat(n[i], -a[i]) &&
+                           bitsOf(t[i]) == bitsOf(a[(i % 4) * 4 + i / 4]),
+                       "getMat4fCopy / setIdentity / setZero / neg / transpose: element %zu", i);
         break;
     }
-    case 1: {
-        Arr out = filled(3);
-        kernel().cross(out.data(), a3.data(), b3.data());
-        checkWritten(out, 7u, "cross");
+    case 1:
+        (void)kernel().det2(a[0], a[1], a[2], a[3]);
+        (void)kernel().det3(a3.data(), b3.data(), head(a, 6).data() + 3);
+        (void)kernel().dot3(a3.data(), b3.data());
         break;
-    }
     case 2: {
-        Arr out = filled(16);
-        kernel().setIdentity(out.data());
-        for (std::size_t i = 0; i < 16; ++i)
-            FUZZ_CHECK(out[i] == (i % 5 == 0 ? 1.0f : 0.0f), "setIdentity: element %zu", i);
-        kernel().setZero(out.data());
-        for (std::size_t i = 0; i < 16; ++i)
-            FUZZ_CHECK(out[i] == 0.0f, "setZero: element %zu", i);
-        break;
-    }
-    case 3:
-        binaryWithAliases(
-            a, b, ALL16, "addMatrices",
-            [](float * d, float const * x, float const * y) { kernel().addMatrices(d, x, y); });
-        break;
-    case 4:
-        binaryWithAliases(
-            a, b, ALL16, "subMatrices",
-            [](float * d, float const * x, float const * y) { kernel().subMatrices(d, x, y); });
-        break;
-    case 5: {
-        Arr out = filled(16);
-        kernel().multMatrices(out.data(), a.data(), b.data());
-        checkWritten(out, ALL16, "multMatrices");
-        Arr aff = filled(16);
-        kernel().multAffineMatrices(aff.data(), a.data(), b.data());
-        checkWritten(aff, ALL16, "multAffineMatrices");
-        break;
-    }
-    case 6:
-        unaryWithAlias(b3, 3, 7u, "multMatrixVec3f", [&a](float * d, float const * v) {
-            kernel().multMatrixVec3f(d, a.data(), v);
-        });
-        unaryWithAlias(b3, 3, 7u, "multAffineMatrixVec3f", [&a](float * d, float const * v) {
-            kernel().multAffineMatrixVec3f(d, a.data(), v);
-        });
-        unaryWithAlias(b3, 3, 7u, "multAffineMatrixVec3fAsDir", [&a](float * d, float const * v) {
-            kernel().multAffineMatrixVec3fAsDir(d, a.data(), v);
-        });
-        break;
-    case 7:
-        unaryWithAlias(b4, 4, 0xFu, "multMatrixVec4f", [&a](float * d, float const * v) {
-            kernel().multMatrixVec4f(d, a.data(), v);
-        });
-        break;
-    case 8:
-        unaryWithAlias(a, 16, ALL16, "multMatrixScalar",
-                       [s](float * d, float const * m) { kernel().multMatrixScalar(d, m, s); });
-        break;
-    case 9: {
-        const Arr n = unaryWithAlias(a, 16, ALL16, "neg",
-                                     [](float * d, float const * m) { kernel().neg(d, m); });
-        const Arr m = unaryWithAlias(a, 16, ALL16, "abs",
-                                     [](float * d, float const * x) { kernel().abs(d, x); });
-        Arr t = filled(16);
-        kernel().transpose(t.data(), a.data());
-        for (std::size_t i = 0; i < 16; ++i) {
-            FUZZ_CHECK(sameFloat(n[i], -a[i]), "neg: element %zu", i);
-            FUZZ_CHECK(sameFloat(m[i], std::fabs(a[i])), "abs: element %zu", i);
-            FUZZ_CHECK(bitsOf(t[i]) == bitsOf(a[(i % 4) * 4 + i / 4]), "transpose: element %zu", i);
-        }
-        break;
-    }
-    case 10:
-        inverseLike(a, ALL16, "inverseMatrix",
-                    [](float * d, float const * m) { return kernel().inverseMatrix(d, m); });
-        break;
-    case 11:
-        inverseLike(a, ALL16, "inverse3",
-                    [](float * d, float const * m) { return kernel().inverse3(d, m); });
-        break;
-    case 12:
-        inverseLike(a, ALL16, "inverseAffine",
-                    [](float * d, float const * m) { return kernel().inverseAffine(d, m); });
-        break;
-    case 13: {
         // Refused exactly when a diagonal element of the block is exactly 0.
         const bool refuse = a[0] == 0.0f || a[5] == 0.0f || a[10] == 0.0f;
-        Arr out = filled(16);
-        FUZZ_CHECK(kernel().inverseScale(out.data(), a.data()) == !refuse,
-                   "inverseScale(dst, src)");
-        inverseLike(a, ALL16, "inverseScale(dst, src)",
-                    [](float * d, float const * m) { return kernel().inverseScale(d, m); });
+        FUZZ_CHECK(runInverse(INVERSE[3], a)[16] == (refuse ? 0.0f : 1.0f), "inverseScale");
         Arr m = a;
         FUZZ_CHECK(kernel().inverseScale(m.data()) == !refuse, "inverseScale(m)");
         checkKept(m, a, refuse ? 0u : 0x421u, "inverseScale(m)");
-        break;
-    }
-    case 14: {
-        inverseLike(a, ALL16, "inverseTranslate(dst, src)",
-                    [](float * d, float const * m) { return kernel().inverseTranslate(d, m); });
-        Arr out = filled(16);
-        FUZZ_CHECK(kernel().inverseTranslate(out.data(), a.data()), "inverseTranslate: false");
-        Arr m = a;
+        m = a;
         FUZZ_CHECK(kernel().inverseTranslate(m.data()), "inverseTranslate(m): false");
         checkKept(m, a, TRANSLATION, "inverseTranslate(m)");
-        break;
-    }
-    case 15: {
-        Arr out = filled(16);
-        FUZZ_CHECK(kernel().inverseRotate(out.data(), a.data()), "inverseRotate: false");
-        checkWritten(out, ROTATION_BLOCK, "inverseRotate");
-        Arr tr = filled(16);
-        FUZZ_CHECK(kernel().inverseRotateAndTr(tr.data(), a.data()), "inverseRotateAndTr: false");
-        checkWritten(tr, ROTATION_BLOCK | TRANSLATION, "inverseRotateAndTr");
-        break;
-    }
-    case 16: {
-        Arr out = filled(16);
-        (void)kernel().det4(a.data());
-        (void)kernel().det3(a.data());
-        (void)kernel().det2(a[0], a[1], a[2], a[3]);
-        (void)kernel().det3(a3.data(), b3.data(), Arr(b.begin() + 3, b.begin() + 6).data());
-        (void)kernel().dot3(a3.data(), b3.data());
-        kernel().setScale(out.data(), a3.data());
-        for (std::size_t i = 0; i < 16; ++i) {
-            const float expected = i == 15 ? 1.0f : i % 5 == 0 ? a[i / 5] : 0.0f;
-            FUZZ_CHECK(bitsOf(out[i]) == bitsOf(expected), "setScale: element %zu", i);
-        }
-        kernel().setTranslate(out.data(), a3.data());
-        for (std::size_t i = 0; i < 16; ++i) {
-            const float expected = i >= 12 && i < 15 ? a[i - 12] : i % 5 == 0 ? 1.0f : 0.0f;
-            FUZZ_CHECK(bitsOf(out[i]) == bitsOf(expected), "setTranslate: element %zu", i);
-        }
-        break;
-    }
-    case 17: {
-        Arr out = filled(16);
-        kernel().setRotate(out.data(), a3.data());
-        checkWritten(out, ALL16, "setRotate(euler)");
-        Arr axis = filled(16);
-        kernel().setRotate(axis.data(), a3.data(), s);
-        checkWritten(axis, ALL16, "setRotate(axis, angle)");
-        break;
-    }
-    case 18: {
-        // No projection when normal . dir is exactly 0 (summed as the kernel sums it).
-        Arr out = filled(16);
-        kernel().setProjection(out.data(), a3.data(), s, b3.data());
-        const double dn = static_cast<double>(a[0]) * static_cast<double>(b[0]) +
-                          static_cast<double>(a[1]) * static_cast<double>(b[1]) +
-                          static_cast<double>(a[2]) * static_cast<double>(b[2]);
-        checkWritten(out, dn == 0.0 ? 0u : ALL16, "setProjection");
-        break;
-    }
-    case 19: {
-        Arr out = filled(16);
-        kernel().multAffineColRow(out.data(), a3.data(), b3.data());
-        checkWritten(out, 0x0FFFu, "multAffineColRow");
-        Arr t = filled(16);
-        kernel().transposeAffine(t.data(), a.data());
-        checkWritten(t, ROTATION_BLOCK, "transposeAffine");
-        break;
-    }
-    case 20:
-    case 21: {
-        Arr out = filled(16);
-        const bool left = in.ConsumeBool();
-        if (left)
-            kernel().multLeftByRotate(out.data(), a.data(), b3.data(), s);
-        else
-            kernel().multRightByRotate(out.data(), a.data(), b3.data(), s);
-        const char * name = left ? "multLeftByRotate" : "multRightByRotate";
-        checkWritten(out, ALL16, name);
-        FUZZ_CHECK(out[3] == 0.0f && out[7] == 0.0f && out[11] == 0.0f && out[15] == 1.0f,
-                   "%s: bottom row not 0, 0, 0, 1", name);
-        break;
-    }
-    case 22:
-        inPlace(a, rows({1, 2}, 4), "multLeftByRotateX",
-                [s](float * m) { kernel().multLeftByRotateX(m, s); });
-        inPlace(a, columns({1, 2}), "multRightByRotateX",
-                [s](float * m) { kernel().multRightByRotateX(m, s); });
-        break;
-    case 23:
-        inPlace(a, rows({0, 2}, 4), "multLeftByRotateY",
-                [s](float * m) { kernel().multLeftByRotateY(m, s); });
-        inPlace(a, columns({0, 2}), "multRightByRotateY",
-                [s](float * m) { kernel().multRightByRotateY(m, s); });
-        break;
-    case 24:
-        inPlace(a, rows({0, 1}, 4), "multLeftByRotateZ",
-                [s](float * m) { kernel().multLeftByRotateZ(m, s); });
-        inPlace(a, columns({0, 1}), "multRightByRotateZ",
-                [s](float * m) { kernel().multRightByRotateZ(m, s); });
-        break;
-    case 25:
-        inPlace(a, TRANSLATION, "multLeftByTranslate",
-                [&b3](float * m) { kernel().multLeftByTranslate(m, b3.data()); });
-        inPlace(a, TRANSLATION, "multRightByTranslate",
-                [&b3](float * m) { kernel().multRightByTranslate(m, b3.data()); });
-        inPlace(a, rows({0, 1, 2}, 4), "multLeftByScale",
-                [&b3](float * m) { kernel().multLeftByScale(m, b3.data()); });
-        inPlace(a, ROTATION_BLOCK, "multRightByScale",
-                [&b3](float * m) { kernel().multRightByScale(m, b3.data()); });
-        break;
-    case 26:
-        binaryWithAliases(
-            a4, b4, 0xFu, "addQuaternions",
-            [](float * d, float const * x, float const * y) { kernel().addQuaternions(d, x, y); });
-        binaryWithAliases(
-            a4, b4, 0xFu, "subQuaternions",
-            [](float * d, float const * x, float const * y) { kernel().subQuaternions(d, x, y); });
-        break;
-    case 27:
-        binaryWithAliases(
-            a4, b4, 0xFu, "multQuaternions",
-            [](float * d, float const * x, float const * y) { kernel().multQuaternions(d, x, y); });
-        binaryWithAliases(
-            a4, b4, 0xFu, "divQuaternionsU",
-            [](float * d, float const * x, float const * y) { kernel().divQuaternionsU(d, x, y); });
-        break;
-    case 28: {
-        unaryWithAlias(a4, 4, 0xFu, "conjugateQuaternion",
-                       [](float * d, float const * q) { kernel().conjugateQuaternion(d, q); });
-        const Arr inv =
-            unaryWithAlias(a4, 4, 0xFu, "inverseQuaternion",
-                           [](float * d, float const * q) { kernel().inverseQuaternion(d, q); });
-        unaryWithAlias(a4, 4, 0xFu, "inverseQuaternionU",
-                       [](float * d, float const * q) { kernel().inverseQuaternionU(d, q); });
+        const Arr inv = runUnary(UNARY[10], a, s);
         if (a[0] == 0.0f && a[1] == 0.0f && a[2] == 0.0f && a[3] == 0.0f)
             for (std::size_t i = 0; i < 4; ++i)
                 FUZZ_CHECK(inv[i] == 0.0f, "inverseQuaternion of zero: element %zu", i);
         break;
     }
-    case 29: {
-        unaryWithAlias(b3, 3, 7u, "applyQuatOn", [&a4](float * d, float const * v) {
-            kernel().applyQuatOn(d, a4.data(), v);
-        });
-        Arr dot = filled(4);
-        kernel().dotQuaternions(dot.data(), a4.data(), b4.data());
-        checkWritten(dot, 1u, "dotQuaternions");
+    case 3: {
+        // No projection when normal . dir is exactly 0 (summed as the kernel sums it).
+        Arr out = filled(16);
+        kernel().setProjection(out.data(), a3.data(), s, b3.data());
+        const double dn =
+            (double)a[0] * (double)b[0] + (double)a[1] * (double)b[1] + (double)a[2] * (double)b[2];
+        checkWritten(out, dn == 0.0 ? 0u : ALL16, "setProjection");
+        for (int left = 0; left < 2; ++left) {
+            out = filled(16);
+            if (left)
+                kernel().multLeftByRotate(out.data(), a.data(), b3.data(), s);
+            else
+                kernel().multRightByRotate(out.data(), a.data(), b3.data(), s);
+            checkWritten(out, ALL16, "multLeft/RightByRotate");
+            FUZZ_CHECK(out[3] == 0.0f && out[7] == 0.0f && out[11] == 0.0f && out[15] == 1.0f,
+                       "multLeft/RightByRotate: bottom row not 0, 0, 0, 1");
+        }
         break;
     }
-    case 30:
-        binaryWithAliases(a4, b4, 0xFu, "quaternionSLERP",
-                          [s](float * d, float const * x, float const * y) {
-                              kernel().quaternionSLERP(d, x, y, s);
-                          });
-        binaryWithAliases(a4, b4, 0xFu, "quaternionLERP",
-                          [s](float * d, float const * x, float const * y) {
-                              kernel().quaternionLERP(d, x, y, s);
-                          });
-        break;
-    case 31: {
-        Arr q = filled(4), u = filled(4);
-        kernel().axisToQuaternion(q.data(), a3.data(), s);
-        kernel().axisToQuaternionU(u.data(), a3.data(), s);
-        checkWritten(q, 0xFu, "axisToQuaternion");
-        checkWritten(u, 0xFu, "axisToQuaternionU");
-        Arr axis = filled(3), angle = filled(1);
+    case 4: {
+        Arr q = filled(4), e = filled(3), axis = filled(3), angle = filled(1);
+        FUZZ_CHECK(kernel().RotMatrixToQuaternion(q.data(), a.data()) == 0 &&
+                       kernel().matrixToEuler(e.data(), a.data()) == 0 &&
+                       kernel().matrixToAxis(axis.data(), angle.data(), a.data()) == 0,
+                   "RotMatrixToQuaternion / matrixToEuler / matrixToAxis: result not 0");
+        checkWritten(q, 0xFu, "RotMatrixToQuaternion");
+        checkWritten(e, 7u, "matrixToEuler");
+        checkWritten(axis, 7u, "matrixToAxis axis");
+        checkWritten(angle, 1u, "matrixToAxis angle");
+        axis = filled(3);
+        angle = filled(1);
         kernel().quaternionToAxis(axis.data(), angle.data(), a4.data());
         checkWritten(axis, 7u, "quaternionToAxis axis");
         checkWritten(angle, 1u, "quaternionToAxis angle");
         break;
     }
-    case 32: {
-        Arr m = filled(16);
-        kernel().quaternionToMatrix(m.data(), a4.data());
-        checkWritten(m, ALL16, "quaternionToMatrix");
-        checkRotationFrame(m, "quaternionToMatrix");
-        Arr e = filled(16);
-        kernel().eulerToMatrix(e.data(), a3.data());
-        checkWritten(e, ALL16, "eulerToMatrix");
-        checkRotationFrame(e, "eulerToMatrix");
-        Arr x = filled(16);
-        kernel().axisToMatrix(x.data(), a3.data(), s);
-        checkWritten(x, ALL16, "axisToMatrix");
-        checkRotationFrame(x, "axisToMatrix");
-        break;
-    }
-    case 33: {
-        Arr q = filled(4);
-        FUZZ_CHECK(kernel().RotMatrixToQuaternion(q.data(), a.data()) == 0,
-                   "RotMatrixToQuaternion: result not 0");
-        checkWritten(q, 0xFu, "RotMatrixToQuaternion");
-        Arr e = filled(3);
-        FUZZ_CHECK(kernel().matrixToEuler(e.data(), a.data()) == 0, "matrixToEuler: result not 0");
-        checkWritten(e, 7u, "matrixToEuler");
-        Arr axis = filled(3), angle = filled(1);
-        FUZZ_CHECK(kernel().matrixToAxis(axis.data(), angle.data(), a.data()) == 0,
-                   "matrixToAxis: result not 0");
-        checkWritten(axis, 7u, "matrixToAxis axis");
-        checkWritten(angle, 1u, "matrixToAxis angle");
-        break;
-    }
-    case 34: {
-        Arr q = filled(4), e = filled(3);
-        kernel().eulerToQuaternion(q.data(), a3.data());
-        checkWritten(q, 0xFu, "eulerToQuaternion");
-        kernel().quaternionToEuler(e.data(), a4.data());
-        checkWritten(e, 7u, "quaternionToEuler");
-        break;
-    }
-    case 35:
-    case 36: {
+    case 5: {
         // The seed table is indexed by the bits of x: any x, any iteration count.
         const int iterations = in.ConsumeIntegralInRange(-3, 6);
         for (float x : {s, a[0], a[1], -s, 0.0f, -0.0f}) {
@@ -485,31 +355,23 @@ void runOne(FuzzedDataProvider & in) {
         }
         break;
     }
-    case 37:
-    case 38: {
+    case 6: {
         Arr values = filled(3);
         float vectors[3][3];
-        for (auto & row : vectors)
-            for (float & v : row)
-                v = sentinel();
+        std::fill(&vectors[0][0], &vectors[0][0] + 9, sentinel());
         int rotations = -12345;
         kernel().jacobi3(values.data(), vectors, rotations, a.data());
         checkWritten(values, 7u, "jacobi3 values");
-        for (auto & row : vectors)
-            for (float v : row)
-                FUZZ_CHECK(!isSentinel(v), "jacobi3: an element of vectors not written");
+        checkWritten(Arr(&vectors[0][0], &vectors[0][0] + 9), 0x1FFu, "jacobi3 vectors");
         FUZZ_CHECK(rotations >= 0, "jacobi3: rotations %d", rotations);
         break;
     }
-    case 39:
-    case 40: {
+    default: {
         Arr r = filled(16), sc = filled(3), u = filled(16), t = filled(3), p = filled(16);
         const bool ok =
             kernel().factor(r.data(), sc.data(), u.data(), t.data(), p.data(), a.data());
-        checkWritten(t, 7u, "factor t");
         for (std::size_t i = 0; i < 3; ++i)
-            FUZZ_CHECK(bitsOf(t[i]) == bitsOf(a[12 + i]), "factor: t[%zu] is not the translation",
-                       i);
+            FUZZ_CHECK(bitsOf(t[i]) == bitsOf(a[12 + i]), "factor: t[%zu] not the translation", i);
         for (std::size_t i = 0; i < 16; ++i)
             FUZZ_CHECK(p[i] == (i % 5 == 0 ? 1.0f : 0.0f), "factor: p not the identity");
         checkWritten(r, ok ? ALL16 : 0u, "factor r");
@@ -519,97 +381,48 @@ void runOne(FuzzedDataProvider & in) {
             checkRotationFrame(r, "factor r");
         break;
     }
-    default: {
-        // A replacement of the row-major view: the same operations on a transposed input must
-        // not read beyond 16 floats either (AddressSanitizer watches the exact arrays).
-        Arr t = filled(16);
-        kernel().transpose(t.data(), a.data());
-        Arr out = filled(16);
-        kernel().multMatrices(out.data(), t.data(), a.data());
-        checkWritten(out, ALL16, "multMatrices (transposed input)");
-        break;
-    }
     }
 }
 
-// Every result of the arithmetic operations on one input, in a fixed order: compared bit for bit
-// between the instruction-set levels (NaN matching NaN).
-std::vector<float> allResults(FuzzedDataProvider & in) {
-    const Arr a = consumeArray(in, 16);
-    const Arr b = consumeArray(in, 16);
+constexpr int NB = std::size(BINARY), NU = std::size(UNARY), NI = std::size(INVERSE),
+              NP = std::size(IN_PLACE), NS = 8;
+
+// One operation decoded from the input; with `all`, every operation in a fixed order, their
+// results appended to `results`.
+void run(FuzzedDataProvider & in, bool all, std::vector<float> & results) {
+    const Arr a = consumeArray(in, 16), b = consumeArray(in, 16);
     const float s = fuzz::consumeFloat(in);
-    std::vector<float> r;
-    Arr m(16), v(4);
-    auto keep = [&r](Arr const & x) { r.insert(r.end(), x.begin(), x.end()); };
-    EnhancedMathFunctions const & k = kernel();
-    k.multMatrices(m.data(), a.data(), b.data());
-    keep(m);
-    k.multAffineMatrices(m.data(), a.data(), b.data());
-    keep(m);
-    k.addMatrices(m.data(), a.data(), b.data());
-    keep(m);
-    k.subMatrices(m.data(), a.data(), b.data());
-    keep(m);
-    k.multMatrixScalar(m.data(), a.data(), s);
-    keep(m);
-    k.transpose(m.data(), a.data());
-    keep(m);
-    k.multMatrixVec3f(v.data(), a.data(), b.data());
-    keep(v);
-    k.multMatrixVec4f(v.data(), a.data(), b.data());
-    keep(v);
-    k.multAffineMatrixVec3f(v.data(), a.data(), b.data());
-    keep(v);
-    k.multAffineMatrixVec3fAsDir(v.data(), a.data(), b.data());
-    keep(v);
-    std::fill(m.begin(), m.end(), 0.0f);
-    r.push_back(k.inverseMatrix(m.data(), a.data()) ? 1.0f : 0.0f);
-    keep(m);
-    r.push_back(k.inverse3(m.data(), a.data()) ? 1.0f : 0.0f);
-    keep(m);
-    r.push_back(k.inverseAffine(m.data(), a.data()) ? 1.0f : 0.0f);
-    keep(m);
-    r.push_back(k.det4(a.data()));
-    r.push_back(k.det3(a.data()));
-    k.multQuaternions(v.data(), a.data(), b.data());
-    keep(v);
-    k.divQuaternionsU(v.data(), a.data(), b.data());
-    keep(v);
-    k.inverseQuaternion(v.data(), a.data());
-    keep(v);
-    k.applyQuatOn(v.data(), a.data(), b.data());
-    keep(v);
-    k.quaternionSLERP(v.data(), a.data(), b.data(), s);
-    keep(v);
-    k.quaternionLERP(v.data(), a.data(), b.data(), s);
-    keep(v);
-    k.quaternionToMatrix(m.data(), a.data());
-    keep(m);
-    (void)k.RotMatrixToQuaternion(v.data(), a.data());
-    keep(v);
-    k.eulerToMatrix(m.data(), a.data());
-    keep(m);
-    k.axisToMatrix(m.data(), a.data(), s);
-    keep(m);
-    k.multLeftByRotate(m.data(), a.data(), b.data(), s);
-    keep(m);
-    k.multRightByRotate(m.data(), a.data(), b.data(), s);
-    keep(m);
+    const int pick = all ? -1 : in.ConsumeIntegralInRange(0, NB + NU + NI + NP + NS - 1);
+    auto keep = [&](Arr const & x) { results.insert(results.end(), x.begin(), x.end()); };
+    for (int k = 0; k < NB; ++k)
+        if (all || pick == k)
+            keep(runBinary(BINARY[k], a, b));
+    for (int k = 0; k < NU; ++k)
+        if (all || pick == NB + k)
+            keep(runUnary(UNARY[k], a, s));
+    for (int k = 0; k < NI; ++k)
+        if (all || pick == NB + NU + k)
+            keep(runInverse(INVERSE[k], a));
+    for (int k = 0; k < NP; ++k)
+        if (all || pick == NB + NU + NI + k)
+            keep(runInPlace(IN_PLACE[k], a, b, s));
+    if (!all && pick >= NB + NU + NI + NP)
+        special(pick - (NB + NU + NI + NP), in, a, b, s);
+    if (!all)
+        return;
     float values[3], vectors[3][3];
     int rotations = 0;
-    k.jacobi3(values, vectors, rotations, a.data());
-    r.insert(r.end(), values, values + 3);
-    r.insert(r.end(), &vectors[0][0], &vectors[0][0] + 9);
-    r.push_back(static_cast<float>(rotations));
+    kernel().jacobi3(values, vectors, rotations, a.data());
+    keep(Arr(values, values + 3));
+    keep(Arr(&vectors[0][0], &vectors[0][0] + 9));
     Arr fr(16, 0.0f), fs(3, 0.0f), fu(16, 0.0f), ft(3), fp(16);
-    r.push_back(k.factor(fr.data(), fs.data(), fu.data(), ft.data(), fp.data(), a.data()) ? 1.0f
-                                                                                          : 0.0f);
+    const bool ok =
+        kernel().factor(fr.data(), fs.data(), fu.data(), ft.data(), fp.data(), a.data());
+    keep({static_cast<float>(rotations), ok ? 1.0f : 0.0f, kernel().det4(a.data()),
+          kernel().det3(a.data()), kernel().invSqrt(s), kernel().msqrt(s, 2)});
     keep(fr);
     keep(fs);
     keep(fu);
-    r.push_back(k.invSqrt(s));
-    r.push_back(k.msqrt(s, 2));
-    return r;
 }
 
 } // namespace
@@ -618,11 +431,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t siz
     std::vector<float> lowest;
     fuzz::forEachLevel([&](int level) {
         FuzzedDataProvider in(data, size);
+        std::vector<float> ignored, results;
         for (int k = 0; k < 8 && (k == 0 || in.remaining_bytes() > 0); ++k)
-            runOne(in);
+            run(in, false, ignored);
         // The vector versions promise the bits of the baseline one.
         FuzzedDataProvider again(data, size);
-        const std::vector<float> results = allResults(again);
+        run(again, true, results);
         if (level == 0) {
             lowest = results;
             return;

@@ -10,6 +10,7 @@
 
 #include "kdrcore/containers/KDRPtrList.h"
 
+#include <algorithm>
 #include <cstdint>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <vector>
@@ -216,48 +217,36 @@ void apply(List & list, Model & m, List & other, Model & mo, int op, FuzzedDataP
            bool doubly, int step) {
     void * const p = fake(in.ConsumeIntegralInRange(0, 40));
     const int position = in.ConsumeIntegralInRange(-2, m.size() + 2);
+    auto expect = [step](bool got, bool expected, const char * what, int arg) {
+        FUZZ_CHECK(got == expected, "step %d: %s(%d) gave %d", step, what, arg, got);
+    };
+    const bool any = !m.data.empty();
     switch (op) {
     case 0:
-        FUZZ_CHECK(list.prepend(p), "step %d: prepend false", step);
-        m.prepend(p);
-        break;
     case 1:
-        FUZZ_CHECK(list.append(p), "step %d: append false", step);
-        m.append(p);
+        expect(op == 0 ? list.prepend(p) : list.append(p), true, "prepend/append", keyOf(p));
+        op == 0 ? m.prepend(p) : m.append(p);
         break;
-    case 2: {
-        const bool expected = m.insert(p, position, doubly);
-        FUZZ_CHECK(list.insert(p, position) == expected, "step %d: insert(%d, %d) should be %d",
-                   step, keyOf(p), position, expected);
+    case 2:
+        expect(list.insert(p, position), m.insert(p, position, doubly), "insert", position);
         break;
-    }
-    case 3: {
-        const bool expected = !m.data.empty();
-        FUZZ_CHECK(list.goToStart() == expected, "step %d: goToStart", step);
-        if (expected)
-            m.cursor = 0;
+    case 3:
+    case 4: // goToStart, goToEnd
+        expect(op == 3 ? list.goToStart() : list.goToEnd(), any, "goToStart/End", 0);
+        if (any)
+            m.cursor = op == 3 ? 0 : m.size() - 1;
         break;
-    }
-    case 4: {
-        const bool expected = !m.data.empty();
-        FUZZ_CHECK(list.goToEnd() == expected, "step %d: goToEnd", step);
-        if (expected)
-            m.cursor = m.size() - 1;
-        break;
-    }
     case 5: {
         const bool expected = m.cursor >= 0 && m.cursor + 1 < m.size();
-        FUZZ_CHECK(list.goToNext() == expected, "step %d: goToNext", step);
-        if (expected)
-            ++m.cursor;
+        expect(list.goToNext(), expected, "goToNext", 0);
+        m.cursor += expected ? 1 : 0;
         break;
     }
     case 6: {
         int found = -1;
         for (int i = 0; p != nullptr && found < 0 && i < m.size(); ++i)
-            if (m.at(i) == p)
-                found = i;
-        FUZZ_CHECK(list.goToData(p) == (found >= 0), "step %d: goToData(%d)", step, keyOf(p));
+            found = m.at(i) == p ? i : -1;
+        expect(list.goToData(p), found >= 0, "goToData", keyOf(p));
         if (found >= 0)
             m.cursor = found;
         break;
@@ -266,59 +255,42 @@ void apply(List & list, Model & m, List & other, Model & mo, int op, FuzzedDataP
         const bool inside = position >= 0 && position < m.size();
         const int kind = in.ConsumeIntegralInRange(0, 2);
         if (kind == 0) {
-            FUZZ_CHECK(list.goToPosition(position) == inside, "step %d: goToPosition(%d)", step,
-                       position);
+            expect(list.goToPosition(position), inside, "goToPosition", position);
         } else if (kind == 1) {
-            void * const got = list.getData(position);
-            FUZZ_CHECK(got == (inside ? m.at(position) : nullptr), "step %d: getData(%d)", step,
-                       position);
+            expect(list.getData(position) == (inside ? m.at(position) : nullptr), true, "getData",
+                   position);
         } else {
             auto * e = list.getElement(position);
-            FUZZ_CHECK((e != nullptr) == inside, "step %d: getElement(%d)", step, position);
-            FUZZ_CHECK(e == nullptr || e->m_data == m.at(position), "step %d: getElement data",
-                       step);
+            expect(e != nullptr && (!inside || e->m_data == m.at(position)), inside, "getElement",
+                   position);
         }
         if (inside)
             m.cursor = position;
         break;
     }
-    case 8: {
-        const bool expected = m.removeFirst();
-        FUZZ_CHECK(list.removeFirstData() == expected, "step %d: removeFirstData", step);
+    case 8:
+        expect(list.removeFirstData(), m.removeFirst(), "removeFirstData", 0);
         break;
-    }
-    case 9: {
-        const bool expected = m.removeLast();
-        FUZZ_CHECK(list.removeLastData() == expected, "step %d: removeLastData", step);
+    case 9:
+        expect(list.removeLastData(), m.removeLast(), "removeLastData", 0);
         break;
-    }
-    case 10: {
-        const bool expected = m.removeAt(position);
-        FUZZ_CHECK(list.removeData(position) == expected, "step %d: removeData(%d)", step,
-                   position);
+    case 10:
+        expect(list.removeData(position), m.removeAt(position), "removeData", position);
         break;
-    }
-    case 11: {
-        const bool expected = m.removeData(p);
-        FUZZ_CHECK(list.removeData(p) == expected, "step %d: removeData(data %d)", step, keyOf(p));
+    case 11:
+        expect(list.removeData(p), m.removeData(p), "removeData(data)", keyOf(p));
         break;
-    }
-    case 12: {
-        const bool expected = !m.data.empty();
-        FUZZ_CHECK(list.removeAll(in.ConsumeBool()) == expected, "step %d: removeAll", step);
+    case 12:
+        expect(list.removeAll(in.ConsumeBool()), any, "removeAll", 0);
         m.clearAll();
         break;
-    }
-    case 13: {
-        const bool expected = m.size() >= 2;
-        FUZZ_CHECK(list.reverseList() == expected, "step %d: reverseList", step);
-        if (expected) {
-            std::vector<void *> reversed(m.data.rbegin(), m.data.rend());
-            m.data = reversed;
+    case 13:
+        expect(list.reverseList(), m.size() >= 2, "reverseList", 0);
+        if (m.size() >= 2) {
+            std::reverse(m.data.begin(), m.data.end());
             m.cursor = 0;
         }
         break;
-    }
     case 14: { // copy construction and assignment: the cursor goes to the start
         const int kind = in.ConsumeIntegralInRange(0, 2);
         if (kind == 0) {
