@@ -218,28 +218,31 @@ void KDRBoolArray::fillBits(int from, int to, bool value) {
     applyMask(m_bytes[last], tailMask, value);
 }
 
-void KDRBoolArray::setAutoResize(int i) {
+namespace {
+// The common step of the AutoResize members: false for a negative index, else grows the array
+// with cleared bits until it holds bit i.
+bool reach(KDRBoolArray & bits, int i) {
     if (i < 0)
-        return;
-    if (m_size <= i)
-        resize(i + 1, false);
-    set(i);
+        return false;
+    if (bits.size() <= i)
+        bits.resize(i + 1, false);
+    return true;
+}
+} // namespace
+
+void KDRBoolArray::setAutoResize(int i) {
+    if (reach(*this, i))
+        set(i);
 }
 
 void KDRBoolArray::clearAutoResize(int i) {
-    if (i < 0)
-        return;
-    if (m_size <= i)
-        resize(i + 1, false);
-    clear(i);
+    if (reach(*this, i))
+        clear(i);
 }
 
 void KDRBoolArray::toggleAutoResize(int i) {
-    if (i < 0)
-        return;
-    if (m_size <= i)
-        resize(i + 1, false);
-    toggle(i);
+    if (reach(*this, i))
+        toggle(i);
 }
 
 void KDRBoolArray::set(int start, int count) {
