@@ -118,8 +118,8 @@ void codeIn(int code, std::initializer_list<int> allowed, char const * what) {
     FUZZ_CHECK(false, "%s returned %d, not a documented code", what, code);
 }
 double length(Vector3f const & d) {
-    return std::sqrt((double)d.x() * (double)d.x() + (double)d.y() * (double)d.y() +
-                     (double)d.z() * (double)d.z());
+    double const x = d.x(), y = d.y(), z = d.z();
+    return std::sqrt(x * x + y * y + z * z);
 }
 // --- Primitives ------------------------------------------------------------------------------
 

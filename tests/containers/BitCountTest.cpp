@@ -1,7 +1,7 @@
 // The bit counts behind KDRBoolArray: every version this machine runs against a count bit by bit,
 // on runs of 0 to 300 bytes (odd lengths, partial words) and dense, sparse, full and empty bytes,
 // over 10^5 bytes in all; and getNumberOfBitSet on arrays whose size ends inside a byte.
-#include "../../src/containers/BitCount.h"
+#include "containers/BitCount.h"
 
 #include "kdrcore/containers/KDRBoolArray.h"
 
@@ -42,7 +42,7 @@ TEST(BitCount, EveryVersionCountsAsBitByBit) {
         int const length = round % 301;
         int const style = round % 4; // random, sparse, full, empty bytes mixed in
         for (unsigned char & b : bytes) {
-            unsigned const r = rng();
+            unsigned const r = static_cast<unsigned>(rng());
             b = static_cast<unsigned char>(style == 0   ? r
                                            : style == 1 ? (r % 7 == 0 ? 1u << (r % 8) : 0u)
                                            : style == 2 ? (r % 3 == 0 ? r : 0xFFu)

@@ -33,12 +33,14 @@ TEST(BitMgr, EveryByteAnd16BitValueAndRandom32BitWords) {
     }
     std::mt19937 rng(7);
     for (int k = 0; k < 20000; ++k) { // single bits, 0, all set, then even, sparse and dense
-        const std::uint32_t r = rng(), v = k < 32       ? 1u << k
-                                           : k == 32    ? 0u
-                                           : k == 33    ? ~0u
-                                           : k % 3 == 0 ? r
-                                           : k % 3 == 1 ? r & rng() & rng()
-                                                        : ~(r & rng());
+        const std::uint32_t r = static_cast<std::uint32_t>(rng()),
+                            v = k < 32       ? 1u << k
+                                : k == 32    ? 0u
+                                : k == 33    ? ~0u
+                                : k % 3 == 0 ? r
+                                : k % 3 == 1 ? r & static_cast<std::uint32_t>(rng()) &
+                                                   static_cast<std::uint32_t>(rng())
+                                             : ~(r & static_cast<std::uint32_t>(rng()));
         expectWidth(static_cast<unsigned long>(v), 32);
     }
     EXPECT_EQ(BitMgr::getNumBits1(0xF00000000ul), 0); // only the low 32 bits form the word

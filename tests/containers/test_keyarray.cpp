@@ -43,7 +43,7 @@ TEST(KDRKeyArray, AgreesWithAModelOverRandomOperations) {
         KDRKey * obj = pool[rng() % pool.size()].get();
         const int k = obj != nullptr ? obj->getKey() : -1;
         const auto it = held(k);
-        const unsigned op = rng() % 10;
+        const unsigned op = static_cast<unsigned>(rng() % 10);
         if (op < 5) {
             if (it != model.end())
                 it->second = obj;

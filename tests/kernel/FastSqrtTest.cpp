@@ -43,7 +43,7 @@ TEST(FastSqrt, ErrorBoundsHoldOverAllNormalFloats) {
         double const exact = 1.0 / std::sqrt(static_cast<double>(x));
         for (int steps = 0; steps < 3; ++steps)
             worst[steps] =
-                std::max(worst[steps], std::fabs(kernel().invSqrt(x, steps) / exact - 1));
+                std::max(worst[steps], std::fabs(double{kernel().invSqrt(x, steps)} / exact - 1));
     }
     EXPECT_LE(worst[0], 0.008);
     EXPECT_LE(worst[1], 1.0e-4);

@@ -55,7 +55,7 @@ TEST(Jacobi3, WorkedBlocksGiveTheirEigenpairsAndPairCounts) {
         int const k = i / 3, r = i % 3;
         double const av = rows[3 * r] * v[4 * k] + rows[3 * r + 1] * v[4 * k + 1] +
                           rows[3 * r + 2] * v[4 * k + 2];
-        EXPECT_NEAR(av, b.values[k] * v[4 * k + r], 4e-6) << "vector " << k << " row " << r;
+        EXPECT_NEAR(av, double{b.values[k]} * v[4 * k + r], 4e-6) << "vector " << k << " row " << r;
     }
     // A NaN never compares: no sweep rotates or ends early, and all 50 sweeps are counted.
     Jacobi const n({1, std::numeric_limits<double>::quiet_NaN(), 0, 0, 2, 0, 0, 0, 3});

@@ -11,7 +11,9 @@ TEST(MatrixArithmetic, ElementWiseOperationsAllowDstToBeAnInput) {
     kernel().multMatrixScalar(b, b, 0.5f);
     kernel().addMatrices(a, a, a);
     for (int i = 0; i < 16; ++i)
-        EXPECT_TRUE(b[i] == static_cast<float>(16 - 3 * i) * 0.5f && a[i] == 2.0f * i) << i;
+        EXPECT_TRUE(b[i] == static_cast<float>(16 - 3 * i) * 0.5f &&
+                    a[i] == 2.0f * static_cast<float>(i))
+            << i;
     float c[16] = {-0.0f, -1.5f, -INFINITY, -NAN};
     kernel().abs(c, c);
     EXPECT_TRUE(!std::signbit(c[0]) && c[1] == 1.5f && c[2] == INFINITY);

@@ -90,8 +90,10 @@ TEST_F(VectorKernel, OnlyTheCrossProductGoesThroughTheKernel) {
                   x.findOrthogonalVector(out), static_cast<void>(x.angleOrientD(y, out));
               }),
               "cross cross cross cross cross");
-    EXPECT_EQ(
-        trace([&] { static_cast<void>(x.angleD(y) + (x + y - 2.0f * x / 3.0f).normalize()); }), "");
+    EXPECT_EQ(trace([&] {
+                  static_cast<void>(x.angleD(y) + double{(x + y - 2.0f * x / 3.0f).normalize()});
+              }),
+              "");
 }
 
 TEST(Vector2f, PolarAngleQuadrantsAndAngleBetween) {
