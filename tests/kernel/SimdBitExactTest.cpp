@@ -7,8 +7,8 @@
 // whichever version the library chose. A NaN must meet a NaN; every other result must have the
 // same bits, the sign of zero included. (Which NaN comes out of an operation on two NaNs is not
 // fixed even for scalar code: the compiler may swap the operands of an addition.)
-#include "../../src/kernel/MatrixKernels.h"
-#include "../../src/kernel/QuaternionKernels.h"
+#include "kernel/MatrixKernels.h"
+#include "kernel/QuaternionKernels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 

@@ -5,7 +5,7 @@
 // cancellation, zero pivots that force the search and row exchanges, columns with no acceptable
 // pivot), tiny, denormal, infinite or NaN; right-hand sides of doubles and of points. Over 10^5
 // matrix entries in all. A NaN must meet a NaN, every other value the same bits.
-#include "../../src/solver/Elimination.h"
+#include "solver/Elimination.h"
 
 #include "kdrcore/solver/LUDecomp.h"
 
