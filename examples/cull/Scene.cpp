@@ -57,6 +57,22 @@ float behindDepth(Camera const & c) {
     return static_cast<float>((f + n) / (f - n));
 }
 
+int cornersBehind(BoundingBox const & box, Matrix4f const & proj) {
+    float const * m = proj.getValue();
+    Vector3f const & lo = box.m_min;
+    Vector3f const & hi = box.m_max;
+    int behind = 0;
+    for (int corner = 0; corner < 8; ++corner) {
+        double const x = static_cast<double>((corner & 1) ? hi.x() : lo.x());
+        double const y = static_cast<double>((corner & 2) ? hi.y() : lo.y());
+        double const z = static_cast<double>((corner & 4) ? hi.z() : lo.z());
+        double const w = static_cast<double>(m[3]) * x + static_cast<double>(m[7]) * y +
+                         static_cast<double>(m[11]) * z + static_cast<double>(m[15]);
+        behind += w < 0.0;
+    }
+    return behind;
+}
+
 namespace {
 
 // A small generator with the same sequence on every platform (the distributions of <random>

@@ -40,6 +40,12 @@ Matrix4f cameraMatrix(Camera const & camera);
 /// negative w, which the division turns into a depth above it.
 float behindDepth(Camera const & camera);
 
+/// How many of the eight corners of `box` lie behind the viewer plane of `proj`: the plane where
+/// the matrix's w (its row 3) is zero, through the eye and parallel to the screen. It is where
+/// the screen tests split with behindDepth: a corner with w > 0 projects below that depth, one
+/// with w < 0 above it. A box with 1 to 7 corners behind straddles the viewer.
+int cornersBehind(BoundingBox const & box, Matrix4f const & proj);
+
 /// `count` boxes scattered around the demo camera, the same for every run: most stand on the
 /// ground in front of or behind the viewer, some float, and every sixteenth is a long box that
 /// runs past the viewer, so that it has corners on both sides.

@@ -14,6 +14,7 @@
 
 #include <cerrno>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -37,7 +38,8 @@ and BoundingBoxAlgo::cameraProjBBox for its extent on the screen. It prints how 
   behind     wholly behind the viewer,
   picked     touching the pick rectangle (these are visible too),
   straddle   with corners both in front of and behind the viewer (counted above too),
-how many box tests run per second, and writes an SVG picture of the screen.
+how many box tests run per second, and writes an SVG picture of two panels: the screen, and
+the scene seen from above with the camera, its field of view and the viewer plane.
 
 Options:
   --boxes FILE     Read the boxes from FILE instead of the built-in scene. One box per line,
@@ -128,7 +130,25 @@ BoxResult cull(BoundingBox const & box, Matrix4f const & proj, float depthLimit,
     r.picked =
         BoundingBoxAlgo::BBox3DIntersectBBox2D(box, pick, proj, depthLimit, spare, insidePick);
     r.code = BoundingBoxAlgo::cameraProjBBox(r.extent, box, proj, depthLimit);
+    r.cornersBehind = cornersBehind(box, proj);
     return r;
+}
+
+// The camera as the top view draws it. The demo's camera is level.
+TopView topView(Camera const & c) {
+    TopView t;
+    t.eyeX = static_cast<double>(c.eye.x());
+    t.eyeY = static_cast<double>(c.eye.y());
+    t.eyeZ = static_cast<double>(c.eye.z());
+    double const dx = static_cast<double>(c.target.x()) - t.eyeX;
+    double const dz = static_cast<double>(c.target.z()) - t.eyeZ;
+    double const length = std::sqrt(dx * dx + dz * dz);
+    t.dirX = dx / length;
+    t.dirZ = dz / length;
+    t.tanPerScreenX = static_cast<double>(c.width) / static_cast<double>(c.height) *
+                      std::tan(static_cast<double>(c.fovY) / 2.0);
+    t.zNear = static_cast<double>(c.zNear);
+    return t;
 }
 
 bool writeFile(std::string & error, std::string const & path, std::string const & text) {
@@ -274,6 +294,7 @@ int main(int argc, char ** argv) {
     pic.width = camera.width;
     pic.height = camera.height;
     pic.results = &results;
+    pic.top = topView(camera);
     pic.caption = "Screen extents of " + std::to_string(boxes.size()) + " boxes (" + source +
                   "), coloured by BBox3DIntersectBBox2D";
     if (!writeFile(error, opt.svgPath, renderSvg(pic))) {

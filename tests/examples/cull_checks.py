@@ -42,6 +42,26 @@ def box_rects(svg_path):
     return root, rects
 
 
+def check_top_view(root, printed, what):
+    """The top view beside the screen: one footprint per box, legend counts as printed.
+    Returns the footprints by their title's box number."""
+    panels = [root.find(".//%sg[@id='%s']" % (SVG_NS, i)) for i in ("screen-panel", "top-panel")]
+    titles = [t for t in root.iter(SVG_NS + "text") if t.get("class") == "panel-title"]
+    check(None not in panels and len(titles) == 2, what + ": two panels, each with a title")
+    if None in panels:
+        return {}
+    feet = [r for r in panels[1].iter(SVG_NS + "rect") if r.get("class", "").split()[:1] == ["footprint"]]
+    n = sum(printed.get(k, 0) for k in ("visible", "culled", "behind"))
+    check(len(feet) == n, what + ": one footprint per box, %d for %d" % (len(feet), n))
+    legend = {t.get("data-class"): int(t.get("data-count")) for t in panels[1].iter(SVG_NS + "text")
+              if t.get("class") == "count"}
+    # The legend's colours are exclusive: its visible boxes are those not picked.
+    check(legend.get("visible", -1) + legend.get("picked", 0) == printed.get("visible")
+          and all(legend.get(k) == printed.get(k) for k in ("culled", "behind", "picked", "straddle")),
+          what + ": legend counts %s, printed %s" % (legend, printed))
+    return {r.find(SVG_NS + "title").text.split(":")[0]: r for r in feet}
+
+
 # The demo camera stands at (0, 2, 0) and looks along -z with a 60 degree vertical field of view
 # onto 800 x 600 pixels. A point (x, y, -d) in front then lands on the pixel
 # (400 + K x / d, 300 + K (y - 2) / d) with K = 300 / tan(30 degrees) = 519.6 (and the same K
@@ -132,6 +152,20 @@ def check_small_scene(tmp):
               "box 5 extent %s, expected %s" % (got, want))
     check("box 3" not in titles and "box 7" not in titles, "boxes behind have no shape")
 
+    # Seen from above: box 1 stands in front of the viewer plane (up the page), box 3 behind it;
+    # box 7 is 40 wide (x) and 10 deep (z). Boxes 4 and 8 reach from z < 0 to z > 0: they straddle.
+    feet = check_top_view(root, counts(r.stdout), "small scene")
+    plane = root.find(".//%sg[@id='footprint']/%sg/%sline[@class='viewer-plane']" % (SVG_NS, SVG_NS, SVG_NS))
+    check(plane is not None, "small scene: the viewer plane is drawn in the top view")
+    if len(feet) == 8 and plane is not None:
+        plane_y = float(plane.get("y1"))
+        check(float(feet["box 1"].get("y")) + float(feet["box 1"].get("height")) < plane_y
+              < float(feet["box 3"].get("y")), "box 1 in front of the viewer plane, box 3 behind")
+        check(abs(float(feet["box 7"].get("width")) - 4 * float(feet["box 7"].get("height"))) < 0.5,
+              "box 7's footprint is 40 by 10: %s" % feet["box 7"].attrib)
+        check(sorted(k for k, f in feet.items() if "straddle" in f.get("class").split()) == ["box 4", "box 8"],
+              "boxes 4 and 8 straddle the viewer plane")
+
     # The counting kernel changes no result, and shows the road of one call: box 1 is on the
     # screen. All 8 corners are projected for the viewport test (wide branch, all inside); the
     # pick test ends at corner 5, the first that differs from corner 1.
@@ -162,8 +196,9 @@ def check_built_in(tmp):
     svg = os.path.join(tmp, "cull.svg")
     check(os.path.isfile(svg), "built-in: default picture cull.svg in the working directory")
     if os.path.isfile(svg):
-        _, rects = box_rects(svg)
+        root, rects = box_rects(svg)
         check(len(rects) == 64 - c.get("behind", 0), "built-in: one shape per box on or off screen")
+        check_top_view(root, c, "built-in")
 
 
 def check_errors(tmp):
