@@ -2,8 +2,8 @@
 //
 // The model keeps the sorted list of free ranges and applies the documented walks of
 // generateID(), generateID(requested) and freeID to it, with the library's choices where the
-// contract leaves one: an id that is free already cannot be freed again, 2147483647 is never
-// free, clear() makes the generator as new, and the very last free id taken by request leaves an
+// contract leaves one: an id that is free already cannot be freed again, clear() makes the
+// generator as new, and the very last free id taken by request leaves an
 // empty range as the mark of exhaustion. Ids come from both ends of the range, so that the top of
 // the id space and the exhaustion mark are reached. Three generators take part, so that copies
 // and assignments are checked to go on independently.
@@ -75,7 +75,7 @@ struct Model {
     }
 
     bool free(int id) {
-        if (id < 0 || id == INT_MAX || ranges.empty() || isFree(id))
+        if (id < 0 || ranges.empty() || isFree(id))
             return false;
         for (std::size_t i = 0; i < ranges.size(); ++i) {
             Range & r = ranges[i];

@@ -11,8 +11,11 @@ constexpr int FULL_COUNT = 0x7FFFFFFE;
 
 } // namespace
 
-// Every range ends (m_start + m_count) at 2147483647 at most: freeID never makes 2147483647 free,
-// so the sums below cannot overflow.
+// A range ends (m_start + m_count) at 2147483648 at most, once freeID has given 2147483647 back:
+// that end is no int, so the code compares id - m_start with m_count and never forms the sum.
+// When 2147483647 itself is given out from a range that stays as the empty mark, the range keeps
+// the start 2147483647 (no id follows it). It holds no free id all the same, and freeID gives the
+// result an empty range at 2147483648 would: 2147483647 joins at its top, 2147483646 at its bottom.
 
 IDGenerator::IDGenerator() : m_freeRanges(new s_IDRange{FULL_START, FULL_COUNT, nullptr}) {}
 
@@ -70,7 +73,8 @@ int IDGenerator::generateIDSlow() {
     if (first->m_count == 0)
         return -1;
     const int result = first->m_start;
-    ++first->m_start;
+    if (result < INT_MAX)
+        ++first->m_start;
     --first->m_count;
     // An empty last range stays as the mark of exhaustion.
     if (first->m_count == 0 && first->m_next != nullptr) {
@@ -85,12 +89,12 @@ int IDGenerator::generateID(int requested) {
     for (s_IDRange * r = *link; r != nullptr; link = &r->m_next, r = *link) {
         if (r->m_start > requested)
             break; // below this range and above the previous one: in use
-        if (requested >= r->m_start + r->m_count)
+        const int offset = requested - r->m_start; // >= 0: the range starts at or below it
+        if (offset >= r->m_count)
             continue;
-        const int start = r->m_start;
-        const int end = start + r->m_count;
-        if (requested == start) {
-            r->m_start = requested + 1;
+        if (offset == 0) {
+            if (requested < INT_MAX)
+                r->m_start = requested + 1;
             --r->m_count;
             // An emptied range goes, unless it is the only one: then it stays as the mark of
             // exhaustion, as after generateID().
@@ -98,11 +102,11 @@ int IDGenerator::generateID(int requested) {
                 *link = r->m_next;
                 delete r;
             }
-        } else if (requested == end - 1) {
+        } else if (offset == r->m_count - 1) {
             --r->m_count;
         } else {
-            r->m_next = new s_IDRange{requested + 1, end - requested - 1, r->m_next};
-            r->m_count = requested - start;
+            r->m_next = new s_IDRange{requested + 1, r->m_count - offset - 1, r->m_next};
+            r->m_count = offset;
         }
         return requested;
     }
@@ -110,17 +114,18 @@ int IDGenerator::generateID(int requested) {
 }
 
 bool IDGenerator::freeID(int id) {
-    if (id < 0 || id == INT_MAX || m_freeRanges == nullptr)
+    if (id < 0 || m_freeRanges == nullptr)
         return false;
+    // id and every m_start are at least 0, so id - m_start cannot overflow.
     s_IDRange ** link = &m_freeRanges;
     s_IDRange * r = *link;
-    while (r != nullptr && id > r->m_start + r->m_count) {
+    while (r != nullptr && id - r->m_start > r->m_count) {
         link = &r->m_next;
         r = *link;
     }
     if (r == nullptr)
         return false;
-    if (id == r->m_start + r->m_count) {
+    if (id - r->m_start == r->m_count) {
         // A following range that touches this one may hold the id already.
         const s_IDRange * const next = r->m_next;
         if (next != nullptr && next->m_start == id && next->m_count > 0)

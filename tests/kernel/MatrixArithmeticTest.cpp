@@ -76,6 +76,23 @@ TEST(MatrixArithmetic, VectorProductsAndTheHomogeneousDivision) {
     EXPECT_TRUE(std::isnan(z[0]) && std::isnan(z[1]) && std::isnan(z[2]));
 }
 
+TEST(MatrixArithmetic, HomogeneousDivisionMultipliesByTheDoubleReciprocal) {
+    // W = 3 at the point (1, 1, 0). The numerators are n0 = 3 + 3*2^-24 + 2^-51 (exact in
+    // double: the sum of the elements 3, 0x1.8p-23 and 0x1p-51), n1 = 1 and n2 = 2.
+    // k = 1/3 rounded to double is (1/3)(1 - 2^-54), so n0 * k = 1 + 2^-24 + (2/3 - 1/4 - e) 2^-52
+    // with e > 0 tiny; that rounds to the double 1 + 2^-24, the tie between the floats 1 and
+    // 1 + 2^-23, which goes to the even 1. The true quotient n0 / 3 = 1 + 2^-24 + (2/3) 2^-52
+    // lies above the tie: dividing (in double or in float), or multiplying by the float 1/3
+    // (0x1.555556p-2, above 1/3), gives 1 + 2^-23 instead. n1 and n2 give 1/3 and 2/3 rounded
+    // to float: 0x1.555556p-2 and 0x1.555556p-1.
+    float const m[16] = {3, 0, 0, 0, 0x1.8p-23f, 0, 0, 0, 0, 0, 0, 0, 0x1p-51f, 1, 2, 3};
+    float v[3] = {1, 1, 0};
+    kernel().multMatrixVec3f(v, m, v);
+    EXPECT_EQ(v[0], 1.0f);
+    EXPECT_EQ(v[1], 0x1.555556p-2f);
+    EXPECT_EQ(v[2], 0x1.555556p-1f);
+}
+
 TEST(MatrixArithmetic, AffineOperationsIgnoreTheBottomRowAndWriteTheirElementsOnly) {
     // A quarter turn about z with translation (1, 2, 3); bottom rows hold garbage.
     float const a[16] = {0, 1, 0, NAN, -1, 0, 0, NAN, 0, 0, 1, NAN, 1, 2, 3, NAN};

@@ -23,6 +23,11 @@ struct Counted : CountedPtrBase {
     using CountedPtrBase::unref;
 };
 
+// Hosts may copy the guards, as the interface declares no copy operations of its own.
+static_assert(std::is_copy_constructible_v<AutoRefUnref> && std::is_copy_assignable_v<AutoUnref> &&
+                  std::is_copy_constructible_v<MultiRefObject::AutoRefUnref>,
+              "the scope guards are copyable");
+
 } // namespace
 
 TEST(MultiRefObject, UnrefDeletesOnlyOnTheStepToZero) {

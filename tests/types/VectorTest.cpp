@@ -28,6 +28,12 @@ TEST(Vector3f, ProductsRoundOnceAtDoubleWidth) {
     Vector3f const a(x, 0.0f, 0x1p-25f), b(x, 0.0f, 1.0f), c(x, 0.0f, 0x1p-13f);
     EXPECT_EQ(Vector3f::dotD(a, b), 1.0 + 0x1p-11 + 0x1p-24 + 0x1p-25);
     EXPECT_EQ(a.dot(b), 1.0f + 0x1p-11f + 0x1p-23f);
+    // The grouping (z z' + y y') + x x', with the terms 1, 2^-53 + 2^-60 and -1: 1 + y y' lies
+    // above the tie 1 + 2^-53 and rounds to 1 + 2^-52, so the sum is 2^-52. Grouped
+    // (z z' + x x') + y y' it would be 2^-53 + 2^-60; grouped z z' + (y y' + x x') it would be
+    // 2^-53, as -1 + 2^-53 + 2^-60 rounds to -1 + 2^-53.
+    Vector3f const d(-1.0f, 0x1.02p0f, 1.0f), e(1.0f, 0x1p-53f, 1.0f);
+    EXPECT_EQ(Vector3f::dotD(d, e), 0x1p-52);
     // The same tie in the squared length, broken upwards by z * z = 2^-26.
     EXPECT_EQ(c.norm2D(), 1.0 + 0x1p-11 + 0x1p-24 + 0x1p-26);
     EXPECT_EQ(c.norm2(), 1.0f + 0x1p-11f + 0x1p-23f);

@@ -42,9 +42,9 @@ public:
     int generateID(int requested);
 
     /// Gives `id` back. True when it joined the free ids; false when it is negative, already
-    /// free, above the end of the last range, or 2147483647 (which no range can hold). Any other
-    /// id is accepted, also one that was never given out (0 included). Linear in the number of
-    /// ranges.
+    /// free, or above the end of the last range. Any other id is accepted, also one that was
+    /// never given out: 0, and 2147483647, which joins the top of the last range. Linear in the
+    /// number of ranges.
     bool freeID(int id);
 
     /// Makes the generator as new: one full range, every id free (ids in use are forgotten).

@@ -30,7 +30,8 @@ private:
 };
 
 /// Scope guard that takes a reference at construction and releases it at the end of the scope.
-/// Null objects are accepted and never looked at. Not copyable.
+/// Null objects are accepted and never looked at. Copies are member-wise: each copy releases again
+/// at its end.
 class KDRCORE_API AutoRefUnref {
 public:
     /// What the guard does at the end of its scope.
@@ -46,15 +47,14 @@ public:
     /// and the destructor then releases nothing.
     AutoRefUnref(const MultiRefObject * object, e_deleteMode mode);
     ~AutoRefUnref();
-    AutoRefUnref(const AutoRefUnref &) = delete;
-    AutoRefUnref & operator=(const AutoRefUnref &) = delete;
 
 private:
     const MultiRefObject * m_object;
     e_deleteMode m_mode;
 };
 
-/// The same guard as ::AutoRefUnref, nested in the class it guards.
+/// The same guard as ::AutoRefUnref, nested in the class it guards. Copies are member-wise: each
+/// copy releases again at its end.
 class KDRCORE_API MultiRefObject::AutoRefUnref {
 public:
     /// What the guard does at the end of its scope; values as in ::AutoRefUnref.
@@ -63,8 +63,6 @@ public:
     /// As ::AutoRefUnref: resolves e_deleteIfReferenced, then takes a reference.
     AutoRefUnref(const MultiRefObject * object, e_deleteMode mode);
     ~AutoRefUnref();
-    AutoRefUnref(const AutoRefUnref &) = delete;
-    AutoRefUnref & operator=(const AutoRefUnref &) = delete;
 
 private:
     const MultiRefObject * m_object;
@@ -72,7 +70,8 @@ private:
 };
 
 /// Scope guard that takes over a reference the caller already counted and releases it at the end
-/// of the scope. Null objects are accepted and never looked at. Not copyable.
+/// of the scope. Null objects are accepted and never looked at. Copies are member-wise: each copy
+/// releases again at its end.
 class KDRCORE_API AutoUnref {
 public:
     /// What the guard does at the end of its scope; values as in ::AutoRefUnref.
@@ -82,8 +81,6 @@ public:
     /// is not touched.
     AutoUnref(const MultiRefObject * object, e_deleteMode mode);
     ~AutoUnref();
-    AutoUnref(const AutoUnref &) = delete;
-    AutoUnref & operator=(const AutoUnref &) = delete;
 
 private:
     const MultiRefObject * m_object;

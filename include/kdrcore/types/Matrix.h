@@ -80,7 +80,7 @@ public:
     Matrix4f();
     /// 1: the identity by the kernel's setIdentity; 0: zero by the kernel's setZero; any other
     /// value: the identity without a kernel call.
-    explicit Matrix4f(int init);
+    Matrix4f(int init);
     /// The 16 values in array order, no kernel call.
     constexpr Matrix4f(float a0, float a1, float a2, float a3, float a4, float a5, float a6,
                        float a7, float a8, float a9, float a10, float a11, float a12, float a13,
@@ -91,7 +91,7 @@ public:
     /// Copy by the kernel's copyMat4fTo.
     Matrix4f(Mat4fBase const & other);
     /// Reads 16 floats by the kernel's copyMat4fTo.
-    explicit Matrix4f(float const * values);
+    Matrix4f(float const * values);
     Matrix4f & operator=(Matrix4f const &) = default;
 
     using Mat4fBase::setValue;

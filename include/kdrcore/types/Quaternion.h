@@ -15,7 +15,7 @@ public:
     constexpr Quaternion() : m_q{1.0f, 0.0f, 0.0f, 0.0f} {}
     Quaternion(Quaternion const &) = default;
     /// The rotation of the 3x3 block of `m` (kernel RotMatrixToQuaternion).
-    explicit Quaternion(MatRot4f const & m);
+    Quaternion(MatRot4f const & m);
     /// Rotation about `axis` (any length; shorter than TOLERANCE: the identity) by `angle`.
     Quaternion(Vector3f const & axis, float angle);
     /// Rotation of the Euler triple (radians about x, y, z, composed Rz Ry Rx).

@@ -15,7 +15,7 @@ public:
     constexpr Vector3f(Vector3f const &) = default;
     constexpr Vector3f(float x, float y, float z) : m_v{x, y, z} {}
     /// Reads three floats from `v`.
-    explicit Vector3f(float const * v) : m_v{v[0], v[1], v[2]} {}
+    Vector3f(float const * v) : m_v{v[0], v[1], v[2]} {}
     /// The vector `to - from`: the second argument minus the first.
     Vector3f(Vector3f const & from, Vector3f const & to)
         : m_v{diff(to.m_v[0], from.m_v[0]), diff(to.m_v[1], from.m_v[1]),
