@@ -2,6 +2,8 @@
 #ifndef KDRCORE_SRC_GEOMETRY_GEOMWIDE_H
 #define KDRCORE_SRC_GEOMETRY_GEOMWIDE_H
 
+#include "../types/RoundedFloat.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Vector.h"
 
@@ -25,8 +27,11 @@ struct V3d {
 inline V3d wide(Vector3f const & v) {
     return {wide(v.x()), wide(v.y()), wide(v.z())};
 }
+/// Through roundedFloat: a vector rounded here is often widened again in the same query
+/// (normal3Pts normalises its rounded sum), and g++ 12 at -O2 would go on from the unrounded
+/// doubles in x and y.
 inline Vector3f narrow(V3d const & v) {
-    return Vector3f(narrow(v.x), narrow(v.y), narrow(v.z));
+    return Vector3f(roundedFloat(v.x), roundedFloat(v.y), roundedFloat(v.z));
 }
 inline V3d operator+(V3d const & a, V3d const & b) {
     return {a.x + b.x, a.y + b.y, a.z + b.z};

@@ -20,6 +20,7 @@
 #define KDRCORE_SOLVER_ELIMINATION_H
 
 #include "../kernel/SimdLevel.h" // relative: the header is also compiled into the tests
+#include "../types/RoundedFloat.h"
 
 #include "kdrcore/solver/LUDecomp.h"
 #include "kdrcore/types/Scalar.h"
@@ -146,24 +147,15 @@ inline void packPivots(double * packed, double const * const * pivots, int steps
 inline void subtractScaled(double & target, double f, double const & pivot) {
     target = target - f * pivot;
 }
-/// `v` rounded to float and made opaque to the optimiser, so that the next step must start from
-/// the float. A point's x, y and z are each rounded after every step; g++ 12 at -O3 packs x and y
-/// of the same update repeated over a panel's steps into one register, stores the rounded floats
-/// and goes on from the unrounded doubles. No vectoriser can look through the empty asm, so the
-/// rounding stays whatever the compiler and its flags.
-inline float roundedFloat(double v) {
-    float r = static_cast<float>(v);
-#if defined(__GNUC__) && (defined(__x86_64__) || defined(__i386__))
-    __asm__("" : "+x"(r));
-#elif defined(__GNUC__)
-    __asm__("" : "+m"(r));
-#endif
-    return r;
-}
+/// Each coordinate goes through roundedFloat: g++ 12 at -O3 otherwise packs x and y of the update
+/// repeated over a panel's steps into one register and carries the unrounded doubles across them.
 inline void subtractScaled(_POINT3D & target, double f, _POINT3D const & pivot) {
-    target.x = roundedFloat(static_cast<double>(target.x) - f * static_cast<double>(pivot.x));
-    target.y = roundedFloat(static_cast<double>(target.y) - f * static_cast<double>(pivot.y));
-    target.z = roundedFloat(static_cast<double>(target.z) - f * static_cast<double>(pivot.z));
+    target.x =
+        kdrcore::roundedFloat(static_cast<double>(target.x) - f * static_cast<double>(pivot.x));
+    target.y =
+        kdrcore::roundedFloat(static_cast<double>(target.y) - f * static_cast<double>(pivot.y));
+    target.z =
+        kdrcore::roundedFloat(static_cast<double>(target.z) - f * static_cast<double>(pivot.z));
 }
 
 /// One step on its own: rows first .. n - 1 of `a` lose f times the pivot row `s`, f being

@@ -96,6 +96,13 @@ TEST(SmallQuantities, SpherisePointNormal3PtsAndCote) {
     EXPECT_TRUE(near(out, 1, 2, 0));
     normal3Pts(out, O, X, O, true, true); // back-tracking: the zero sum stays zero
     EXPECT_TRUE(near(out, 0, 0, 0));
+    // The sum is rounded to float before it is normalised: (1 + d, 2 + d, 2) with d = 2^-24 - 2^-30
+    // rounds to (1, 2, 2), length 3, so the result is exactly (1/3, 2/3, 2/3) in float. From the
+    // unrounded sum it would be (0x1.555556p-2, 0x1.555556p-1, 0x1.555554p-1).
+    float const d = 0x1.f8p-25f;
+    normal3Pts(out, V(-d, -d, 0), O, V(1, 2, 2), false, true);
+    EXPECT_TRUE(out.x() == 0x1.555556p-2f && out.y() == 0x1.555556p-1f && out.z() == 0x1.555556p-1f)
+        << out.x() << " " << out.y() << " " << out.z();
     float half = SENTINEL;
     EXPECT_TRUE(Cote(X, -X, 5.0f, half) == 0.0f && half == HALF_PI_F); // opposite
     EXPECT_NEAR(Cote(X, Y, 5.0f, half), 5.0f, 1e-6);                   // tan(pi/4) = 1
