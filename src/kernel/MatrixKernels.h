@@ -4,21 +4,16 @@
 // EnhancedMathFunctions' members multMatrices, multAffineMatrices, multMatrixVec3f,
 // multAffineMatrixVec3f and inverseMatrix only choose between the two versions here, by the
 // level the CPU offers (SimdLevel.h). The baseline versions are the reference: every element at
-// double width, rounded to float once, where it is stored. The AVX2 versions give the same bits:
-// - a float times a float is exact in double (at most 48 significant bits, and no overflow or
-//   underflow is possible), so fma(a, b, s) on widened floats rounds once, as s + a * b does;
-// - sums of such products keep their grouping, ((p0 + p1) + p2) + p3, one lane per element;
-// - products of two doubles are not exact: they stay separate multiplies and subtractions;
-// - each element is rounded to float once, where it is stored.
-// A lane whose value the baseline never computes (the bottom row of an affine product, a column
-// that elimination has finished with) may hold anything: it is replaced or never stored.
+// double width, rounded to float once, where it is stored. The AVX2 versions give the same bits,
+// read the same elements and raise the same floating-point exception flags; the section in front
+// of them says how.
 //
 // On the processors measured, AVX-512 gave these small kernels nothing over AVX2 (its 512-bit
 // operations run as two halves there), so the AVX-512 level uses the AVX2 versions.
 //
 // The baseline versions are out of line, so that the dispatch in front of them saves no
-// registers. The header is also compiled into the test that checks every version against plain
-// reference code on every instruction set the machine offers.
+// registers. The header is also compiled into the test that checks every version against the
+// baseline on every instruction set the machine offers.
 #ifndef KDRCORE_KERNEL_MATRIXKERNELS_H
 #define KDRCORE_KERNEL_MATRIXKERNELS_H
 
@@ -236,17 +231,62 @@ inline void swapRows(RowRef & p, RowRef & q) {
     return true;
 }
 
-// ---- AVX2 and FMA
+// ---- AVX2
+//
+// How these versions keep the baseline's bits and its floating-point exception flags:
+// - a float times a float is exact in double: a product raises at most FE_INVALID (an infinity
+//   times 0), whichever lane computes it. Products and sums are separate multiplies, additions
+//   and subtractions in the baseline's grouping, one lane per element, so every rounding and
+//   every flag is the baseline's. No fused multiply-add: what it raises on an infinity times 0
+//   plus a NaN is the processor's choice.
+// - A lane the baseline never computes (the bottom row of an affine product, the homogeneous
+//   coordinate of a point, the finished columns of the elimination) gets 0 in both factors, or
+//   0 subtracted, which raises nothing. Elements the baseline never reads (the bottom rows of the
+//   affine operations, v[3]) are never loaded: masked loads.
+// - Which NaN an operation on two NaNs returns depends on the order of its operands, which the
+//   compiler chooses for the baseline code, differently at each optimisation level. Inputs that
+//   hold a NaN therefore go to the baseline version (found on the bits, which raises nothing).
+//   Without NaN inputs every NaN is the processor's default NaN, whichever operand it comes
+//   from, and no NaN is negated here: a subtraction stays a subtraction.
 
 #if KDRCORE_SIMD_X86
+
+/// Lanes holding a NaN, decided on the bits: no floating-point operation.
+KDRCORE_TARGET_AVX2 inline __m256i nanLanes(__m256i bits) {
+    return _mm256_cmpgt_epi32(_mm256_and_si256(bits, _mm256_set1_epi32(0x7FFFFFFF)),
+                              _mm256_set1_epi32(0x7F800000));
+}
+
+/// Whether one of the 16 floats of m is a NaN; with `affine`, the bottom row is not read.
+KDRCORE_TARGET_AVX2 inline __m256i matrixNaNs(float const * m, bool affine) {
+    __m256i const mask =
+        affine ? _mm256_setr_epi32(-1, -1, -1, 0, -1, -1, -1, 0) : _mm256_set1_epi32(-1);
+    int const * const p = reinterpret_cast<int const *>(m);
+    return _mm256_or_si256(nanLanes(_mm256_maskload_epi32(p, mask)),
+                           nanLanes(_mm256_maskload_epi32(p + 8, mask)));
+}
+
+KDRCORE_TARGET_AVX2 inline bool none(__m256i lanes) {
+    return _mm256_testz_si256(lanes, lanes) != 0;
+}
 
 KDRCORE_TARGET_AVX2 inline __m256d loadWide4(float const * p) {
     return _mm256_cvtps_pd(_mm_loadu_ps(p));
 }
 
+/// p[0..2] widened, lane 3 = 0; p[3] is not read.
+KDRCORE_TARGET_AVX2 inline __m256d loadWide3(float const * p) {
+    return _mm256_cvtps_pd(_mm_maskload_ps(p, _mm_setr_epi32(-1, -1, -1, 0)));
+}
+
 /// Lane `j` of `v` in all four lanes.
 template <int j> KDRCORE_TARGET_AVX2 inline __m256d lane(__m256d v) {
     return _mm256_permute4x64_pd(v, j * 0x55);
+}
+
+/// Lane `j` of `v` in lanes 0 to 2, lane 3 = 0.
+template <int j> KDRCORE_TARGET_AVX2 inline __m256d lane3(__m256d v) {
+    return _mm256_blend_pd(lane<j>(v), _mm256_setzero_pd(), 0x8);
 }
 
 /// Stores lanes 0 to 2 of `v`; dst[3] is not touched.
@@ -255,210 +295,201 @@ KDRCORE_TARGET_AVX2 inline void store3(float * dst, __m128 v) {
     _mm_store_ss(dst + 2, _mm_movehl_ps(v, v));
 }
 
-/// ((a0 b[0] + a1 b[1]) + a2 b[2]) with b[k] spread over the lanes, b widened.
-KDRCORE_TARGET_AVX2 inline __m256d threeTerms(__m256d a0, __m256d a1, __m256d a2, __m256d b) {
-    __m256d const s = _mm256_mul_pd(a0, lane<0>(b));
-    return _mm256_fmadd_pd(a2, lane<2>(b), _mm256_fmadd_pd(a1, lane<1>(b), s));
+KDRCORE_TARGET_AVX2 inline __m256d add(__m256d a, __m256d b) {
+    return _mm256_add_pd(a, b);
+}
+KDRCORE_TARGET_AVX2 inline __m256d sub(__m256d a, __m256d b) {
+    return _mm256_sub_pd(a, b);
+}
+KDRCORE_TARGET_AVX2 inline __m256d mul(__m256d a, __m256d b) {
+    return _mm256_mul_pd(a, b);
 }
 
 /// dst = a b, 16 elements; dst overlaps neither input.
 KDRCORE_TARGET_AVX2 inline void multMatricesAvx2(float * dst, float const * a, float const * b) {
+    if (!none(_mm256_or_si256(matrixNaNs(a, false), matrixNaNs(b, false))))
+        return multMatricesPlain(dst, a, b);
     __m256d const a0 = loadWide4(a), a1 = loadWide4(a + 4), a2 = loadWide4(a + 8),
                   a3 = loadWide4(a + 12);
     for (int c = 0; c < 4; ++c) {
         __m256d const bc = loadWide4(b + 4 * c);
-        __m256d const s = _mm256_fmadd_pd(a3, lane<3>(bc), threeTerms(a0, a1, a2, bc));
+        __m256d s = mul(a0, lane<0>(bc));
+        s = add(s, mul(a1, lane<1>(bc)));
+        s = add(s, mul(a2, lane<2>(bc)));
+        s = add(s, mul(a3, lane<3>(bc)));
         _mm_storeu_ps(dst + 4 * c, _mm256_cvtpd_ps(s));
     }
 }
 
-/// The affine product: bottom rows of a and b not used, dst's written 0, 0, 0, 1.
+/// (a0 b[0] + a1 b[1]) + a2 b[2] in lanes 0 to 2, lane 3 = 0 when a0 to a2 have 0 there.
+KDRCORE_TARGET_AVX2 inline __m256d threeTerms(__m256d a0, __m256d a1, __m256d a2, __m256d b) {
+    __m256d const s = add(mul(a0, lane3<0>(b)), mul(a1, lane3<1>(b)));
+    return add(s, mul(a2, lane3<2>(b)));
+}
+
+/// The affine product: bottom rows of a and b not read, dst's written 0, 0, 0, 1.
 KDRCORE_TARGET_AVX2 inline void multAffineMatricesAvx2(float * dst, float const * a,
                                                        float const * b) {
-    __m256d const a0 = loadWide4(a), a1 = loadWide4(a + 4), a2 = loadWide4(a + 8);
-    __m128 const zero = _mm_setzero_ps();
-    for (int c = 0; c < 3; ++c) {
-        __m256d const s = threeTerms(a0, a1, a2, loadWide4(b + 4 * c));
-        _mm_storeu_ps(dst + 4 * c, _mm_blend_ps(_mm256_cvtpd_ps(s), zero, 0x8));
-    }
-    __m256d const s = _mm256_add_pd(threeTerms(a0, a1, a2, loadWide4(b + 12)), loadWide4(a + 12));
+    if (!none(_mm256_or_si256(matrixNaNs(a, true), matrixNaNs(b, true))))
+        return multAffineMatricesPlain(dst, a, b);
+    __m256d const a0 = loadWide3(a), a1 = loadWide3(a + 4), a2 = loadWide3(a + 8);
+    // Lane 3 of every sum is 0 + 0: it stores the 0 of the bottom row.
+    for (int c = 0; c < 3; ++c)
+        _mm_storeu_ps(dst + 4 * c, _mm256_cvtpd_ps(threeTerms(a0, a1, a2, loadWide3(b + 4 * c))));
+    __m256d const s = add(threeTerms(a0, a1, a2, loadWide3(b + 12)), loadWide3(a + 12));
     _mm_storeu_ps(dst + 12, _mm_blend_ps(_mm256_cvtpd_ps(s), _mm_set1_ps(1.0f), 0x8));
 }
 
-KDRCORE_TARGET_AVX2 inline __m256d splat(float v) {
-    return _mm256_set1_pd(static_cast<double>(v));
+/// The components of a point, each in lanes 0 to 2, lane 3 = 0.
+struct Point3 {
+    __m256d x, y, z;
+};
+
+/// ((m0 x + m1 y) + m2 z) + m3 for rows 0 to 2, m_k being column k; lane 3 = 0.
+KDRCORE_TARGET_AVX2 inline __m256d affinePoint(float const * m, Point3 const & p) {
+    __m256d s = mul(loadWide3(m), p.x);
+    s = add(s, mul(loadWide3(m + 4), p.y));
+    s = add(s, mul(loadWide3(m + 8), p.z));
+    return add(s, loadWide3(m + 12));
 }
 
-/// ((m0 x + m1 y) + m2 z) + m3 for the four rows, m_k being column k. Reads v[0..2] only.
-KDRCORE_TARGET_AVX2 inline __m256d affinePoint(float const * m, float const * v) {
-    __m256d s = _mm256_mul_pd(loadWide4(m), splat(v[0]));
-    s = _mm256_fmadd_pd(loadWide4(m + 4), splat(v[1]), s);
-    s = _mm256_fmadd_pd(loadWide4(m + 8), splat(v[2]), s);
-    return _mm256_add_pd(s, loadWide4(m + 12));
+KDRCORE_TARGET_AVX2 inline Point3 point3(double x, double y, double z) {
+    return {_mm256_setr_pd(x, x, x, 0.0), _mm256_setr_pd(y, y, y, 0.0),
+            _mm256_setr_pd(z, z, z, 0.0)};
+}
+
+/// Whether one of v[0..2] is a NaN; v[3] is not read.
+KDRCORE_TARGET_AVX2 inline __m256i vectorNaNs(float const * v) {
+    return nanLanes(_mm256_maskload_epi32(reinterpret_cast<int const *>(v),
+                                          _mm256_setr_epi32(-1, -1, -1, 0, 0, 0, 0, 0)));
 }
 
 /// m v divided by the homogeneous coordinate; 0, 0, 0 when it is exactly 0. dst may be v.
 KDRCORE_TARGET_AVX2 inline void multMatrixVec3fAvx2(float * dst, float const * m, float const * v) {
-    __m256d const s = affinePoint(m, v);
-    __m128d const zw = _mm256_extractf128_pd(s, 1);
-    double const w = _mm_cvtsd_f64(_mm_unpackhi_pd(zw, zw));
+    if (!none(_mm256_or_si256(matrixNaNs(m, false), vectorNaNs(v))))
+        return multMatrixVec3fPlain(dst, m, v);
+    // W first and alone, as the baseline: nothing else is computed when it is 0.
+    double const x = wide(v[0]), y = wide(v[1]), z = wide(v[2]);
+    double const w = wide(m[3]) * x + wide(m[7]) * y + wide(m[11]) * z + wide(m[15]);
     if (w == 0.0) {
         dst[0] = 0.0f;
         dst[1] = 0.0f;
         dst[2] = 0.0f;
         return;
     }
-    store3(dst, _mm256_cvtpd_ps(_mm256_mul_pd(s, _mm256_set1_pd(1.0 / w))));
+    double const k = 1.0 / w;
+    __m256d const s = affinePoint(m, point3(x, y, z));
+    store3(dst, _mm256_cvtpd_ps(mul(s, _mm256_set1_pd(k))));
 }
 
-/// m v with the bottom row taken as 0, 0, 0, 1. dst may be v.
+/// m v with the bottom row taken as 0, 0, 0, 1 and not read. dst may be v.
 KDRCORE_TARGET_AVX2 inline void multAffineMatrixVec3fAvx2(float * dst, float const * m,
                                                           float const * v) {
-    store3(dst, _mm256_cvtpd_ps(affinePoint(m, v)));
+    if (!none(_mm256_or_si256(matrixNaNs(m, true), vectorNaNs(v))))
+        return multAffineMatrixVec3fPlain(dst, m, v);
+    store3(dst, _mm256_cvtpd_ps(affinePoint(m, point3(wide(v[0]), wide(v[1]), wide(v[2])))));
 }
 
-// ---- inverseMatrix: Gauss-Jordan on four rows [R | I] of four doubles each.
-//
-// The pivot searches compare magnitudes on the bit patterns: for IEEE numbers |a| > |b| exactly
-// when (bits(a) & ~sign) > (bits(b) & ~sign) as unsigned integers and a is no NaN, which is the
-// strict, NaN-false comparison of the baseline. The searches are decided in integer registers
-// and the rows fetched in their new order, which moves no vector data through the compares.
+// ---- inverseMatrix: the baseline's elimination with a row of R and of I in one register each.
+// The pivot searches and the zero tests are the baseline's scalar comparisons.
 
-inline bool greaterMagnitude(std::uint32_t ua, std::uint32_t ub) {
-    return (ua > ub) & (ua <= 0x7F800000u);
-}
-inline bool greaterMagnitude(std::uint64_t ua, std::uint64_t ub) {
-    return (ua > ub) & (ua <= 0x7FF0000000000000u);
+template <int j> KDRCORE_TARGET_AVX2 inline double element(__m256d v) {
+    return _mm256_cvtsd_f64(lane<j>(v));
 }
 
-inline std::uint32_t magnitudeBits(float const * p) {
-    std::uint32_t b;
-    std::memcpy(&b, p, sizeof b);
-    return b & 0x7FFFFFFFu;
-}
-inline std::uint64_t magnitudeBits(double const * p) {
-    std::uint64_t b;
-    std::memcpy(&b, p, sizeof b);
-    return b & 0x7FFFFFFFFFFFFFFFu;
+struct VecRow {
+    __m256d r, i;
+};
+
+KDRCORE_TARGET_AVX2 inline void swapVecRows(VecRow & p, VecRow & q) {
+    VecRow const t = p;
+    p = q;
+    q = t;
 }
 
-/// The three exchanges of the pivot search over rows 0 to 3 (or 1 to 3 with `first` 1), from the
-/// bottom up, on the magnitudes x: `order[n]` receives the row that ends at position n.
-template <class U> inline void pivotOrder(U const * x, int first, int * order) {
-    int r1 = first, r2 = first + 1, r3 = first + 2;
-    if (greaterMagnitude(x[r3], x[r2])) {
-        int const t = r3;
-        r3 = r2;
-        r2 = t;
-    }
-    if (greaterMagnitude(x[r2], x[r1])) {
-        int const t = r2;
-        r2 = r1;
-        r1 = t;
-    }
-    order[first + 1] = r2;
-    order[first + 2] = r3;
-    order[first] = r1;
+/// Makes the row computed here, on every path, as the baseline's stored rows are: the flags of
+/// an elimination step are raised even when a later zero pivot ends the inversion.
+KDRCORE_TARGET_AVX2 inline void computedHere(VecRow & n) {
+    __asm__ volatile("" : "+x"(n.r), "+x"(n.i));
 }
 
-/// Row n -= f * pivot row; in I only where the pivot row's element is not 0 (a NaN is not 0).
-KDRCORE_TARGET_AVX2 inline void eliminate(__m256d f, __m256d rk, __m256d ik, __m256d nonZero,
-                                          __m256d & rn, __m256d & in) {
-    rn = _mm256_sub_pd(rn, _mm256_mul_pd(f, rk));
-    in = _mm256_blendv_pd(in, _mm256_sub_pd(in, _mm256_mul_pd(f, ik)), nonZero);
+/// Row n -= f * pivot row: in R only the lanes in `later` (the columns after the pivot's), in I
+/// only where the pivot row's element is not 0 (a NaN is not 0); the other lanes subtract 0 * 0.
+KDRCORE_TARGET_AVX2 inline void eliminate(VecRow & n, __m256d f, VecRow const & pivot,
+                                          __m256d later, __m256d nonZero) {
+    n.r = sub(n.r, mul(_mm256_and_pd(f, later), _mm256_and_pd(pivot.r, later)));
+    n.i = sub(n.i, mul(_mm256_and_pd(f, nonZero), _mm256_and_pd(pivot.i, nonZero)));
+    computedHere(n);
+}
+
+KDRCORE_TARGET_AVX2 inline __m256d nonZeroLanes(__m256d v) {
+    return _mm256_cmp_pd(v, _mm256_setzero_pd(), _CMP_NEQ_UQ);
 }
 
 /// The general inverse; false, dst untouched, on an exactly zero pivot. dst may be src.
 KDRCORE_TARGET_AVX2 inline bool inverseMatrixAvx2(float * dst, float const * src) {
-    alignas(32) static constexpr double identity[16] = {1, 0, 0, 0, 0, 1, 0, 0,
-                                                        0, 0, 1, 0, 0, 0, 0, 1};
-    __m256d const one = _mm256_set1_pd(1.0), zero = _mm256_setzero_pd();
+    if (!none(matrixNaNs(src, false)))
+        return inverseMatrixPlain(dst, src);
+    __m256i const ones = _mm256_set1_epi64x(-1);
+    VecRow r0{loadWide4(src), _mm256_setr_pd(1.0, 0.0, 0.0, 0.0)};
+    VecRow r1{loadWide4(src + 4), _mm256_setr_pd(0.0, 1.0, 0.0, 0.0)};
+    VecRow r2{loadWide4(src + 8), _mm256_setr_pd(0.0, 0.0, 1.0, 0.0)};
+    VecRow r3{loadWide4(src + 12), _mm256_setr_pd(0.0, 0.0, 0.0, 1.0)};
 
-    // Column 0, decided on the floats of src (widening keeps every comparison).
-    int o[4];
-    {
-        std::uint32_t x[4];
-        for (int n = 0; n < 4; ++n)
-            x[n] = magnitudeBits(src + 4 * n);
-        int below[4];
-        pivotOrder(x, 1, below); // rows 1 to 3 first: the bubble from the bottom
-        o[2] = below[2];
-        o[3] = below[3];
-        // The last exchange, between row 0 and the winner of rows 1 to 3.
-        bool const up = greaterMagnitude(x[below[1]], x[0]);
-        o[0] = up ? below[1] : 0;
-        o[1] = up ? 0 : below[1];
-    }
-    if (src[4 * o[0]] == 0.0f)
+    if (std::fabs(element<0>(r3.r)) > std::fabs(element<0>(r2.r)))
+        swapVecRows(r3, r2);
+    if (std::fabs(element<0>(r2.r)) > std::fabs(element<0>(r1.r)))
+        swapVecRows(r2, r1);
+    if (std::fabs(element<0>(r1.r)) > std::fabs(element<0>(r0.r)))
+        swapVecRows(r1, r0);
+    if (element<0>(r0.r) == 0.0)
         return false;
-    __m256d const r0 = loadWide4(src + 4 * o[0]), i0 = _mm256_load_pd(identity + 4 * o[0]);
-    __m256d const k0 = _mm256_div_pd(one, lane<0>(r0));
-
-    // Rows 1 to 3 after column 0, kept in memory so that the next search can fetch them.
-    alignas(32) double rows1[3][2][4];
+    __m256d const k0 = _mm256_set1_pd(1.0 / element<0>(r0.r));
     {
-        __m256d const nz = _mm256_cmp_pd(i0, zero, _CMP_NEQ_UQ);
-        for (int n = 1; n < 4; ++n) {
-            __m256d r = loadWide4(src + 4 * o[n]), i = _mm256_load_pd(identity + 4 * o[n]);
-            eliminate(_mm256_mul_pd(lane<0>(r), k0), r0, i0, nz, r, i);
-            _mm256_store_pd(rows1[n - 1][0], r);
-            _mm256_store_pd(rows1[n - 1][1], i);
-        }
+        __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, -1, -1, -1));
+        __m256d const nz = nonZeroLanes(r0.i);
+        eliminate(r1, mul(lane<0>(r1.r), k0), r0, later, nz);
+        eliminate(r2, mul(lane<0>(r2.r), k0), r0, later, nz);
+        eliminate(r3, mul(lane<0>(r3.r), k0), r0, later, nz);
     }
 
-    // Column 1, among rows 1 to 3.
-    int p[4];
-    {
-        std::uint64_t x[4];
-        for (int n = 1; n < 4; ++n)
-            x[n] = magnitudeBits(&rows1[n - 1][0][1]);
-        pivotOrder(x, 1, p);
-    }
-    double const * const row1 = rows1[p[1] - 1][0];
-    if (row1[1] == 0.0)
+    if (std::fabs(element<1>(r3.r)) > std::fabs(element<1>(r2.r)))
+        swapVecRows(r3, r2);
+    if (std::fabs(element<1>(r2.r)) > std::fabs(element<1>(r1.r)))
+        swapVecRows(r2, r1);
+    if (element<1>(r1.r) == 0.0)
         return false;
-    __m256d const r1 = _mm256_load_pd(row1), i1 = _mm256_load_pd(rows1[p[1] - 1][1]);
-    __m256d const k1 = _mm256_div_pd(one, _mm256_broadcast_sd(row1 + 1));
-    alignas(32) double rows2[2][2][4];
+    __m256d const k1 = _mm256_set1_pd(1.0 / element<1>(r1.r));
     {
-        __m256d const nz = _mm256_cmp_pd(i1, zero, _CMP_NEQ_UQ);
-        for (int n = 2; n < 4; ++n) {
-            double const * const rn = rows1[p[n] - 1][0];
-            __m256d r = _mm256_load_pd(rn), i = _mm256_load_pd(rows1[p[n] - 1][1]);
-            eliminate(_mm256_mul_pd(_mm256_broadcast_sd(rn + 1), k1), r1, i1, nz, r, i);
-            _mm256_store_pd(rows2[n - 2][0], r);
-            _mm256_store_pd(rows2[n - 2][1], i);
-        }
+        __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, -1, -1));
+        __m256d const nz = nonZeroLanes(r1.i);
+        eliminate(r2, mul(lane<1>(r2.r), k1), r1, later, nz);
+        eliminate(r3, mul(lane<1>(r3.r), k1), r1, later, nz);
     }
 
-    // Column 2, between rows 2 and 3.
-    bool const exchange =
-        greaterMagnitude(magnitudeBits(&rows2[1][0][2]), magnitudeBits(&rows2[0][0][2]));
-    double const * const row2 = rows2[exchange ? 1 : 0][0];
-    double const * const row3 = rows2[exchange ? 0 : 1][0];
-    if (row2[2] == 0.0)
+    if (std::fabs(element<2>(r3.r)) > std::fabs(element<2>(r2.r)))
+        swapVecRows(r3, r2);
+    if (element<2>(r2.r) == 0.0)
         return false;
-    // f3 = R3[2] / R2[2], a true division, and k2 = 1 / R2[2], in one instruction.
-    __m128d const q = _mm_div_pd(_mm_setr_pd(row3[2], 1.0), _mm_set1_pd(row2[2]));
-    __m256d const f3 = _mm256_broadcastsd_pd(q);
-    __m256d const k2 = _mm256_broadcastsd_pd(_mm_unpackhi_pd(q, q));
-    __m256d const r3 = _mm256_sub_pd(_mm256_load_pd(row3), _mm256_mul_pd(f3, _mm256_load_pd(row2)));
-    __m256d const i2 = _mm256_load_pd(rows2[exchange ? 1 : 0][1]);
-    __m256d const i3 =
-        _mm256_sub_pd(_mm256_load_pd(rows2[exchange ? 0 : 1][1]), _mm256_mul_pd(f3, i2));
-    __m256d const p3 = lane<3>(r3);
-    if (_mm256_cvtsd_f64(p3) == 0.0)
+    {
+        // A true division, as in the baseline; all of I, and of R only the last column.
+        __m256d const f3 = _mm256_set1_pd(element<2>(r3.r) / element<2>(r2.r));
+        __m256d const last = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, 0, -1));
+        eliminate(r3, f3, r2, last, _mm256_castsi256_pd(ones));
+    }
+    if (element<3>(r3.r) == 0.0)
         return false;
 
     // Back substitution, the four columns of I at once.
-    __m256d const x3 = _mm256_mul_pd(i3, _mm256_div_pd(one, p3));
-    __m256d const x2 =
-        _mm256_mul_pd(k2, _mm256_sub_pd(i2, _mm256_mul_pd(x3, _mm256_broadcast_sd(row2 + 3))));
-    __m256d const y1 = _mm256_sub_pd(i1, _mm256_mul_pd(x3, lane<3>(r1)));
-    __m256d y0 = _mm256_sub_pd(i0, _mm256_mul_pd(x3, lane<3>(r0)));
-    __m256d const x1 = _mm256_mul_pd(k1, _mm256_sub_pd(y1, _mm256_mul_pd(x2, lane<2>(r1))));
-    y0 = _mm256_sub_pd(y0, _mm256_mul_pd(x2, lane<2>(r0)));
-    __m256d const x0 = _mm256_mul_pd(k0, _mm256_sub_pd(y0, _mm256_mul_pd(x1, lane<1>(r0))));
+    __m256d const k3 = _mm256_set1_pd(1.0 / element<3>(r3.r));
+    __m256d const k2 = _mm256_set1_pd(1.0 / element<2>(r2.r));
+    __m256d const x3 = mul(r3.i, k3);
+    __m256d const x2 = mul(k2, sub(r2.i, mul(x3, lane<3>(r2.r))));
+    __m256d const y1 = sub(r1.i, mul(x3, lane<3>(r1.r)));
+    __m256d y0 = sub(r0.i, mul(x3, lane<3>(r0.r)));
+    __m256d const x1 = mul(k1, sub(y1, mul(x2, lane<2>(r1.r))));
+    y0 = sub(y0, mul(x2, lane<2>(r0.r)));
+    __m256d const x0 = mul(k0, sub(y0, mul(x1, lane<1>(r0.r))));
 
     _mm_storeu_ps(dst, _mm256_cvtpd_ps(x0));
     _mm_storeu_ps(dst + 4, _mm256_cvtpd_ps(x1));

@@ -2,13 +2,15 @@
 // baseline and an AVX2 version (private)
 //
 // The members multQuaternions, divQuaternionsU and quaternionToMatrix only choose between the
-// versions here, as MatrixKernels.h describes. Every product in these formulas is one of two
-// floats, exact in double, so the AVX2 versions fuse each into the following addition (a
-// subtraction adds the negated factor, negation being exact) and give the bits of the baseline.
+// versions here, as MatrixKernels.h describes; the AVX2 versions keep the baseline's bits and
+// exception flags as the AVX2 section there explains (no fused multiply-add, a subtraction stays
+// a subtraction, lanes the baseline does not compute hold 0 +/- 0, NaN inputs go to the baseline).
 #ifndef KDRCORE_KERNEL_QUATERNIONKERNELS_H
 #define KDRCORE_KERNEL_QUATERNIONKERNELS_H
 
-#include "SimdLevel.h" // same folder: the header is also compiled into the tests
+#include "MatrixKernels.h" // same folder: the header is also compiled into the tests
+
+#include <cstdint>
 
 #if KDRCORE_SIMD_X86
 #include <immintrin.h>
@@ -20,9 +22,17 @@ namespace kdrkernel {
 
 /// dst = a b (Hamilton product), or a times the conjugate of b; all inputs read before the first
 /// store, so dst may be a or b.
+// GCC's straight-line vectoriser turns the four lines into pairs of lanes that compute both the
+// sum and the difference and keep one: the other can raise FE_INVALID (an infinity minus an
+// infinity) that no operation written here raises. Not for this function.
+#if defined(__GNUC__) && !defined(__clang__)
+#define KDRCORE_NO_SLP gnu::optimize("no-tree-slp-vectorize"),
+#else
+#define KDRCORE_NO_SLP
+#endif
 template <bool conjugateB>
-[[gnu::noinline]] inline void multQuaternionsPlain(float * const dst, float const * const a,
-                                                   float const * const b) {
+[[KDRCORE_NO_SLP gnu::noinline]] inline void
+multQuaternionsPlain(float * const dst, float const * const a, float const * const b) {
     double const a0 = static_cast<double>(a[0]), a1 = static_cast<double>(a[1]),
                  a2 = static_cast<double>(a[2]), a3 = static_cast<double>(a[3]);
     double const b0 = static_cast<double>(b[0]);
@@ -57,7 +67,7 @@ template <bool conjugateB>
     dst[15] = 1.0f;
 }
 
-// ---- AVX2 and FMA
+// ---- AVX2
 
 #if KDRCORE_SIMD_X86
 
@@ -66,47 +76,68 @@ template <int a, int b, int c, int d> KDRCORE_TARGET_AVX2 inline __m256d pick(__
     return _mm256_permute4x64_pd(v, a | (b << 2) | (c << 4) | (d << 6));
 }
 
+/// Whether one of the eight floats p[0..3], q[0..3] is a NaN, on the bits (nothing raised).
+KDRCORE_TARGET_AVX2 inline bool anyNaN(float const * p, float const * q) {
+    __m256i const bits = _mm256_setr_m128i(_mm_loadu_si128(reinterpret_cast<__m128i const *>(p)),
+                                           _mm_loadu_si128(reinterpret_cast<__m128i const *>(q)));
+    return !none(nanLanes(bits));
+}
+
+/// Lane by lane s + t or, in the lanes of `minus`, s - t; 0 +/- 0 in the lanes of neither.
+KDRCORE_TARGET_AVX2 inline __m256d addOrSub(__m256d s, __m256d t, __m256d plus, __m256d minus) {
+    return _mm256_or_pd(add(_mm256_and_pd(s, plus), _mm256_and_pd(t, plus)),
+                        sub(_mm256_and_pd(s, minus), _mm256_and_pd(t, minus)));
+}
+
+KDRCORE_TARGET_AVX2 inline __m256d laneMask(std::int64_t l0, std::int64_t l1, std::int64_t l2,
+                                            std::int64_t l3) {
+    return _mm256_castsi256_pd(_mm256_setr_epi64x(l0, l1, l2, l3));
+}
+
 template <bool conjugateB>
 KDRCORE_TARGET_AVX2 inline void multQuaternionsAvx2(float * const dst, float const * const a,
                                                     float const * const b) {
+    if (anyNaN(a, b))
+        return multQuaternionsPlain<conjugateB>(dst, a, b);
     __m256d const A = _mm256_cvtps_pd(_mm_loadu_ps(a));
     __m256d B = _mm256_cvtps_pd(_mm_loadu_ps(b));
     if (conjugateB)
         B = _mm256_xor_pd(B, _mm256_setr_pd(0.0, -0.0, -0.0, -0.0));
-    __m256d const negFirst = _mm256_setr_pd(-0.0, 0.0, 0.0, 0.0);
+    __m256d const plus = laneMask(0, -1, -1, -1), minus = laneMask(-1, 0, 0, 0);
     // Lane r is dst[r]: a0 b, then the three further terms of each line in their order.
-    __m256d s = _mm256_mul_pd(pick<0, 0, 0, 0>(A), B);
-    s = _mm256_fmadd_pd(_mm256_xor_pd(pick<1, 1, 2, 3>(A), negFirst), pick<1, 0, 0, 0>(B), s);
-    s = _mm256_fmadd_pd(_mm256_xor_pd(pick<2, 2, 3, 1>(A), negFirst), pick<2, 3, 1, 2>(B), s);
-    s = _mm256_fnmadd_pd(pick<3, 3, 1, 2>(A), pick<3, 2, 3, 1>(B), s);
+    __m256d s = mul(pick<0, 0, 0, 0>(A), B);
+    s = addOrSub(s, mul(pick<1, 1, 2, 3>(A), pick<1, 0, 0, 0>(B)), plus, minus);
+    s = addOrSub(s, mul(pick<2, 2, 3, 1>(A), pick<2, 3, 1, 2>(B)), plus, minus);
+    s = sub(s, mul(pick<3, 3, 1, 2>(A), pick<3, 2, 3, 1>(B)));
     _mm_storeu_ps(dst, _mm256_cvtpd_ps(s));
 }
 
-/// One column of the rotation: 2 (p1 p2 + q1 q2) - diagonal, lane 3 cleared.
+/// One column of the rotation: 2 (p1 p2 +/- q1 q2) - diagonal in lanes 0 to 2, the sum or
+/// difference chosen by `plus` and `minus`, lane 3 = 0 (its products are w w, of no effect).
 KDRCORE_TARGET_AVX2 inline __m128 rotationColumn(__m256d p1, __m256d p2, __m256d q1, __m256d q2,
-                                                 __m256d diagonal) {
-    __m256d const s = _mm256_fmadd_pd(p1, p2, _mm256_mul_pd(q1, q2));
-    __m256d const c = _mm256_sub_pd(_mm256_add_pd(s, s), diagonal);
-    return _mm_blend_ps(_mm256_cvtpd_ps(c), _mm_setzero_ps(), 0x8);
+                                                 __m256d plus, __m256d minus, __m256d diagonal) {
+    __m256d const s = addOrSub(mul(p1, p2), mul(q1, q2), plus, minus);
+    return _mm256_cvtpd_ps(sub(add(s, s), diagonal));
 }
 
 KDRCORE_TARGET_AVX2 inline void quaternionToMatrixAvx2(float * const dst, float const * const q) {
+    if (anyNaN(q, q))
+        return quaternionToMatrixPlain(dst, q);
     __m256d const Q = _mm256_cvtps_pd(_mm_loadu_ps(q)); // w, x, y, z
-    __m256d const neg0 = _mm256_setr_pd(-0.0, 0.0, 0.0, 0.0);
-    __m256d const neg1 = _mm256_setr_pd(0.0, -0.0, 0.0, 0.0);
-    __m256d const neg2 = _mm256_setr_pd(0.0, 0.0, -0.0, 0.0);
     // Column 0: ww + xx, xy + wz, xz - wy.
-    _mm_storeu_ps(dst, rotationColumn(pick<0, 1, 1, 0>(Q), pick<0, 2, 3, 0>(Q),
-                                      _mm256_xor_pd(pick<1, 0, 0, 0>(Q), neg2), pick<1, 3, 2, 0>(Q),
-                                      _mm256_setr_pd(1.0, 0.0, 0.0, 0.0)));
+    _mm_storeu_ps(dst, rotationColumn(pick<0, 1, 1, 0>(Q), pick<0, 2, 3, 0>(Q), pick<1, 0, 0, 0>(Q),
+                                      pick<1, 3, 2, 0>(Q), laneMask(-1, -1, 0, 0),
+                                      laneMask(0, 0, -1, 0), _mm256_setr_pd(1.0, 0.0, 0.0, 0.0)));
     // Column 1: xy - wz, ww + yy, yz + wx.
-    _mm_storeu_ps(dst + 4, rotationColumn(pick<1, 0, 2, 0>(Q), pick<2, 0, 3, 0>(Q),
-                                          _mm256_xor_pd(pick<0, 2, 0, 0>(Q), neg0),
-                                          pick<3, 2, 1, 0>(Q), _mm256_setr_pd(0.0, 1.0, 0.0, 0.0)));
+    _mm_storeu_ps(dst + 4,
+                  rotationColumn(pick<1, 0, 2, 0>(Q), pick<2, 0, 3, 0>(Q), pick<0, 2, 0, 0>(Q),
+                                 pick<3, 2, 1, 0>(Q), laneMask(0, -1, -1, 0), laneMask(-1, 0, 0, 0),
+                                 _mm256_setr_pd(0.0, 1.0, 0.0, 0.0)));
     // Column 2: xz + wy, yz - wx, ww + zz.
-    _mm_storeu_ps(dst + 8, rotationColumn(pick<1, 2, 0, 0>(Q), pick<3, 3, 0, 0>(Q),
-                                          _mm256_xor_pd(pick<0, 0, 3, 0>(Q), neg1),
-                                          pick<2, 1, 3, 0>(Q), _mm256_setr_pd(0.0, 0.0, 1.0, 0.0)));
+    _mm_storeu_ps(dst + 8,
+                  rotationColumn(pick<1, 2, 0, 0>(Q), pick<3, 3, 0, 0>(Q), pick<0, 0, 3, 0>(Q),
+                                 pick<2, 1, 3, 0>(Q), laneMask(-1, 0, -1, 0), laneMask(0, -1, 0, 0),
+                                 _mm256_setr_pd(0.0, 0.0, 1.0, 0.0)));
     _mm_storeu_ps(dst + 12, _mm_setr_ps(0.0f, 0.0f, 0.0f, 1.0f));
 }
 
