@@ -234,49 +234,54 @@ inline void swapRows(RowRef & p, RowRef & q) {
 // ---- AVX2
 //
 // How these versions keep the baseline's bits and its floating-point exception flags:
-// - a float times a float is exact in double: a product raises at most FE_INVALID (an infinity
-//   times 0), whichever lane computes it. Products and sums are separate multiplies, additions
-//   and subtractions in the baseline's grouping, one lane per element, so every rounding and
-//   every flag is the baseline's. No fused multiply-add: what it raises on an infinity times 0
-//   plus a NaN is the processor's choice.
+// - Which NaN an operation on two NaNs returns depends on the order of its operands, which the
+//   compiler chooses for the baseline code, differently at each optimisation level. Inputs that
+//   hold a NaN therefore go to the baseline version. The test is a quiet comparison, which
+//   raises FE_INVALID for a signalling NaN only, as the baseline's widening of that element
+//   does; where the baseline may stop before widening everything (multMatrixVec3f), it is made
+//   on the bits. Without NaN inputs every NaN is the processor's default NaN, made by an
+//   invalid operation, whichever operand it comes from and whatever the signs of the factors
+//   that made it. A subtraction may add the product of a negated factor, never a negated NaN.
+// - A float times a float is exact in double, so fma(a, b, s) on widened floats rounds and
+//   raises as s + a * b does, and fnmadd as s - a * b. (Whether a fused infinity times 0 plus a
+//   NaN raises FE_INVALID is the processor's choice; that NaN was made by an invalid operation
+//   of the same call, so the flag is raised either way.) Sums keep the baseline's grouping, one
+//   lane per element. Products of two doubles are not exact: they stay separate operations.
 // - A lane the baseline never computes (the bottom row of an affine product, the homogeneous
 //   coordinate of a point, the finished columns of the elimination) gets 0 in both factors, or
 //   0 subtracted, which raises nothing. Elements the baseline never reads (the bottom rows of the
-//   affine operations, v[3]) are never loaded: masked loads.
-// - Which NaN an operation on two NaNs returns depends on the order of its operands, which the
-//   compiler chooses for the baseline code, differently at each optimisation level. Inputs that
-//   hold a NaN therefore go to the baseline version (found on the bits, which raises nothing).
-//   Without NaN inputs every NaN is the processor's default NaN, whichever operand it comes
-//   from, and no NaN is negated here: a subtraction stays a subtraction.
+//   affine operations, v[3]) are never loaded.
+// - An elimination step is computed before the zero test that follows it, as the baseline's,
+//   whose rows are stored, even when the compiler could prove the step unused.
 
 #if KDRCORE_SIMD_X86
 
-/// Lanes holding a NaN, decided on the bits: no floating-point operation.
-KDRCORE_TARGET_AVX2 inline __m256i nanLanes(__m256i bits) {
-    return _mm256_cmpgt_epi32(_mm256_and_si256(bits, _mm256_set1_epi32(0x7FFFFFFF)),
-                              _mm256_set1_epi32(0x7F800000));
+/// Whether one of the floats of x, y, z, w is a NaN.
+KDRCORE_TARGET_AVX2 inline bool anyNaN(__m128 x, __m128 y, __m128 z, __m128 w) {
+    return _mm_movemask_ps(_mm_or_ps(_mm_cmpunord_ps(x, y), _mm_cmpunord_ps(z, w))) != 0;
 }
 
-/// Whether one of the 16 floats of m is a NaN; with `affine`, the bottom row is not read.
-KDRCORE_TARGET_AVX2 inline __m256i matrixNaNs(float const * m, bool affine) {
-    __m256i const mask =
-        affine ? _mm256_setr_epi32(-1, -1, -1, 0, -1, -1, -1, 0) : _mm256_set1_epi32(-1);
-    int const * const p = reinterpret_cast<int const *>(m);
-    return _mm256_or_si256(nanLanes(_mm256_maskload_epi32(p, mask)),
-                           nanLanes(_mm256_maskload_epi32(p + 8, mask)));
+/// Lanes of the 16 floats at m that hold a NaN, on the bits: no floating-point operation.
+KDRCORE_TARGET_AVX2 inline __m256i nanLanes(float const * m) {
+    __m256i const magnitude = _mm256_set1_epi32(0x7FFFFFFF), inf = _mm256_set1_epi32(0x7F800000);
+    __m256i const lo = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(m));
+    __m256i const hi = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(m + 8));
+    return _mm256_or_si256(_mm256_cmpgt_epi32(_mm256_and_si256(lo, magnitude), inf),
+                           _mm256_cmpgt_epi32(_mm256_and_si256(hi, magnitude), inf));
 }
 
-KDRCORE_TARGET_AVX2 inline bool none(__m256i lanes) {
-    return _mm256_testz_si256(lanes, lanes) != 0;
+KDRCORE_TARGET_AVX2 inline __m256d widen(__m128 v) {
+    return _mm256_cvtps_pd(v);
 }
 
 KDRCORE_TARGET_AVX2 inline __m256d loadWide4(float const * p) {
-    return _mm256_cvtps_pd(_mm_loadu_ps(p));
+    return widen(_mm_loadu_ps(p));
 }
 
-/// p[0..2] widened, lane 3 = 0; p[3] is not read.
-KDRCORE_TARGET_AVX2 inline __m256d loadWide3(float const * p) {
-    return _mm256_cvtps_pd(_mm_maskload_ps(p, _mm_setr_epi32(-1, -1, -1, 0)));
+/// p[0..2], lane 3 = 0; p[3] is not read.
+KDRCORE_TARGET_AVX2 inline __m128 load3(float const * p) {
+    __m128 const xy = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<__m64 const *>(p));
+    return _mm_insert_ps(xy, _mm_load_ss(p + 2), 0x20);
 }
 
 /// Lane `j` of `v` in all four lanes.
@@ -284,9 +289,9 @@ template <int j> KDRCORE_TARGET_AVX2 inline __m256d lane(__m256d v) {
     return _mm256_permute4x64_pd(v, j * 0x55);
 }
 
-/// Lane `j` of `v` in lanes 0 to 2, lane 3 = 0.
+/// Lane `j` of `v` in lanes 0 to 2, lane 3 of `v` (0 from load3) in lane 3.
 template <int j> KDRCORE_TARGET_AVX2 inline __m256d lane3(__m256d v) {
-    return _mm256_blend_pd(lane<j>(v), _mm256_setzero_pd(), 0x8);
+    return _mm256_permute4x64_pd(v, j * 0x15 + 0xC0);
 }
 
 /// Stores lanes 0 to 2 of `v`; dst[3] is not touched.
@@ -304,69 +309,78 @@ KDRCORE_TARGET_AVX2 inline __m256d sub(__m256d a, __m256d b) {
 KDRCORE_TARGET_AVX2 inline __m256d mul(__m256d a, __m256d b) {
     return _mm256_mul_pd(a, b);
 }
+/// s + a b, for a and b widened floats (see above).
+KDRCORE_TARGET_AVX2 inline __m256d addProduct(__m256d s, __m256d a, __m256d b) {
+    return _mm256_fmadd_pd(a, b, s);
+}
+/// s - a b, for a and b widened floats.
+KDRCORE_TARGET_AVX2 inline __m256d subProduct(__m256d s, __m256d a, __m256d b) {
+    return _mm256_fnmadd_pd(a, b, s);
+}
+
+/// Whether one of the 16 floats of m or of n is a NaN.
+KDRCORE_TARGET_AVX2 inline bool anyNaN(float const * m, float const * n) {
+    __m256 const mm = _mm256_cmp_ps(_mm256_loadu_ps(m), _mm256_loadu_ps(m + 8), _CMP_UNORD_Q);
+    __m256 const nn = _mm256_cmp_ps(_mm256_loadu_ps(n), _mm256_loadu_ps(n + 8), _CMP_UNORD_Q);
+    return _mm256_movemask_ps(_mm256_or_ps(mm, nn)) != 0;
+}
 
 /// dst = a b, 16 elements; dst overlaps neither input.
 KDRCORE_TARGET_AVX2 inline void multMatricesAvx2(float * dst, float const * a, float const * b) {
-    if (!none(_mm256_or_si256(matrixNaNs(a, false), matrixNaNs(b, false))))
+    if (anyNaN(a, b))
         return multMatricesPlain(dst, a, b);
     __m256d const a0 = loadWide4(a), a1 = loadWide4(a + 4), a2 = loadWide4(a + 8),
                   a3 = loadWide4(a + 12);
     for (int c = 0; c < 4; ++c) {
         __m256d const bc = loadWide4(b + 4 * c);
         __m256d s = mul(a0, lane<0>(bc));
-        s = add(s, mul(a1, lane<1>(bc)));
-        s = add(s, mul(a2, lane<2>(bc)));
-        s = add(s, mul(a3, lane<3>(bc)));
+        s = addProduct(s, a1, lane<1>(bc));
+        s = addProduct(s, a2, lane<2>(bc));
+        s = addProduct(s, a3, lane<3>(bc));
         _mm_storeu_ps(dst + 4 * c, _mm256_cvtpd_ps(s));
     }
 }
 
-/// (a0 b[0] + a1 b[1]) + a2 b[2] in lanes 0 to 2, lane 3 = 0 when a0 to a2 have 0 there.
+/// (a0 b[0] + a1 b[1]) + a2 b[2] in lanes 0 to 2; lane 3 = 0 when a0 to a2 and b have 0 there.
 KDRCORE_TARGET_AVX2 inline __m256d threeTerms(__m256d a0, __m256d a1, __m256d a2, __m256d b) {
-    __m256d const s = add(mul(a0, lane3<0>(b)), mul(a1, lane3<1>(b)));
-    return add(s, mul(a2, lane3<2>(b)));
+    __m256d const s = addProduct(mul(a0, lane3<0>(b)), a1, lane3<1>(b));
+    return addProduct(s, a2, lane3<2>(b));
 }
 
 /// The affine product: bottom rows of a and b not read, dst's written 0, 0, 0, 1.
 KDRCORE_TARGET_AVX2 inline void multAffineMatricesAvx2(float * dst, float const * a,
                                                        float const * b) {
-    if (!none(_mm256_or_si256(matrixNaNs(a, true), matrixNaNs(b, true))))
+    __m128 const fa0 = load3(a), fa1 = load3(a + 4), fa2 = load3(a + 8), fa3 = load3(a + 12);
+    __m128 const fb[4] = {load3(b), load3(b + 4), load3(b + 8), load3(b + 12)};
+    if (anyNaN(fa0, fa1, fa2, fa3) || anyNaN(fb[0], fb[1], fb[2], fb[3]))
         return multAffineMatricesPlain(dst, a, b);
-    __m256d const a0 = loadWide3(a), a1 = loadWide3(a + 4), a2 = loadWide3(a + 8);
+    __m256d const a0 = widen(fa0), a1 = widen(fa1), a2 = widen(fa2);
     // Lane 3 of every sum is 0 + 0: it stores the 0 of the bottom row.
     for (int c = 0; c < 3; ++c)
-        _mm_storeu_ps(dst + 4 * c, _mm256_cvtpd_ps(threeTerms(a0, a1, a2, loadWide3(b + 4 * c))));
-    __m256d const s = add(threeTerms(a0, a1, a2, loadWide3(b + 12)), loadWide3(a + 12));
+        _mm_storeu_ps(dst + 4 * c, _mm256_cvtpd_ps(threeTerms(a0, a1, a2, widen(fb[c]))));
+    __m256d const s = add(threeTerms(a0, a1, a2, widen(fb[3])), widen(fa3));
     _mm_storeu_ps(dst + 12, _mm_blend_ps(_mm256_cvtpd_ps(s), _mm_set1_ps(1.0f), 0x8));
 }
 
-/// The components of a point, each in lanes 0 to 2, lane 3 = 0.
-struct Point3 {
-    __m256d x, y, z;
-};
-
-/// ((m0 x + m1 y) + m2 z) + m3 for rows 0 to 2, m_k being column k; lane 3 = 0.
-KDRCORE_TARGET_AVX2 inline __m256d affinePoint(float const * m, Point3 const & p) {
-    __m256d s = mul(loadWide3(m), p.x);
-    s = add(s, mul(loadWide3(m + 4), p.y));
-    s = add(s, mul(loadWide3(m + 8), p.z));
-    return add(s, loadWide3(m + 12));
-}
-
-KDRCORE_TARGET_AVX2 inline Point3 point3(double x, double y, double z) {
-    return {_mm256_setr_pd(x, x, x, 0.0), _mm256_setr_pd(y, y, y, 0.0),
-            _mm256_setr_pd(z, z, z, 0.0)};
-}
-
-/// Whether one of v[0..2] is a NaN; v[3] is not read.
-KDRCORE_TARGET_AVX2 inline __m256i vectorNaNs(float const * v) {
-    return nanLanes(_mm256_maskload_epi32(reinterpret_cast<int const *>(v),
-                                          _mm256_setr_epi32(-1, -1, -1, 0, 0, 0, 0, 0)));
+/// ((m0 x + m1 y) + m2 z) + m3 for rows 0 to 2, m_k being column k (lane 3 = 0 in each) and v
+/// holding x, y, z, 0.
+KDRCORE_TARGET_AVX2 inline __m256d affinePoint(__m256d m0, __m256d m1, __m256d m2, __m256d m3,
+                                               __m256d v) {
+    __m256d s = mul(m0, lane3<0>(v));
+    s = addProduct(s, m1, lane3<1>(v));
+    s = addProduct(s, m2, lane3<2>(v));
+    return add(s, m3);
 }
 
 /// m v divided by the homogeneous coordinate; 0, 0, 0 when it is exactly 0. dst may be v.
 KDRCORE_TARGET_AVX2 inline void multMatrixVec3fAvx2(float * dst, float const * m, float const * v) {
-    if (!none(_mm256_or_si256(matrixNaNs(m, false), vectorNaNs(v))))
+    // On the bits: when W is 0 the baseline widens nothing but v and the bottom row.
+    __m128 const fv = load3(v);
+    __m128i const vNaN =
+        _mm_cmpgt_epi32(_mm_and_si128(_mm_castps_si128(fv), _mm_set1_epi32(0x7FFFFFFF)),
+                        _mm_set1_epi32(0x7F800000));
+    __m256i const mNaN = nanLanes(m);
+    if (!_mm256_testz_si256(mNaN, mNaN) || !_mm_testz_si128(vNaN, vNaN))
         return multMatrixVec3fPlain(dst, m, v);
     // W first and alone, as the baseline: nothing else is computed when it is 0.
     double const x = wide(v[0]), y = wide(v[1]), z = wide(v[2]);
@@ -378,16 +392,20 @@ KDRCORE_TARGET_AVX2 inline void multMatrixVec3fAvx2(float * dst, float const * m
         return;
     }
     double const k = 1.0 / w;
-    __m256d const s = affinePoint(m, point3(x, y, z));
+    __m256d const s = affinePoint(widen(load3(m)), widen(load3(m + 4)), widen(load3(m + 8)),
+                                  widen(load3(m + 12)), widen(fv));
     store3(dst, _mm256_cvtpd_ps(mul(s, _mm256_set1_pd(k))));
 }
 
 /// m v with the bottom row taken as 0, 0, 0, 1 and not read. dst may be v.
 KDRCORE_TARGET_AVX2 inline void multAffineMatrixVec3fAvx2(float * dst, float const * m,
                                                           float const * v) {
-    if (!none(_mm256_or_si256(matrixNaNs(m, true), vectorNaNs(v))))
+    __m128 const m0 = load3(m), m1 = load3(m + 4), m2 = load3(m + 8), m3 = load3(m + 12);
+    __m128 const fv = load3(v);
+    if (anyNaN(m0, m1, m2, m3) || anyNaN(fv, fv, fv, fv))
         return multAffineMatrixVec3fPlain(dst, m, v);
-    store3(dst, _mm256_cvtpd_ps(affinePoint(m, point3(wide(v[0]), wide(v[1]), wide(v[2])))));
+    store3(dst,
+           _mm256_cvtpd_ps(affinePoint(widen(m0), widen(m1), widen(m2), widen(m3), widen(fv))));
 }
 
 // ---- inverseMatrix: the baseline's elimination with a row of R and of I in one register each.
@@ -428,7 +446,7 @@ KDRCORE_TARGET_AVX2 inline __m256d nonZeroLanes(__m256d v) {
 
 /// The general inverse; false, dst untouched, on an exactly zero pivot. dst may be src.
 KDRCORE_TARGET_AVX2 inline bool inverseMatrixAvx2(float * dst, float const * src) {
-    if (!none(matrixNaNs(src, false)))
+    if (anyNaN(src, src))
         return inverseMatrixPlain(dst, src);
     __m256i const ones = _mm256_set1_epi64x(-1);
     VecRow r0{loadWide4(src), _mm256_setr_pd(1.0, 0.0, 0.0, 0.0)};

@@ -3,14 +3,11 @@
 //
 // The members multQuaternions, divQuaternionsU and quaternionToMatrix only choose between the
 // versions here, as MatrixKernels.h describes; the AVX2 versions keep the baseline's bits and
-// exception flags as the AVX2 section there explains (no fused multiply-add, a subtraction stays
-// a subtraction, lanes the baseline does not compute hold 0 +/- 0, NaN inputs go to the baseline).
+// exception flags as the AVX2 section there explains.
 #ifndef KDRCORE_KERNEL_QUATERNIONKERNELS_H
 #define KDRCORE_KERNEL_QUATERNIONKERNELS_H
 
 #include "MatrixKernels.h" // same folder: the header is also compiled into the tests
-
-#include <cstdint>
 
 #if KDRCORE_SIMD_X86
 #include <immintrin.h>
@@ -76,68 +73,57 @@ template <int a, int b, int c, int d> KDRCORE_TARGET_AVX2 inline __m256d pick(__
     return _mm256_permute4x64_pd(v, a | (b << 2) | (c << 4) | (d << 6));
 }
 
-/// Whether one of the eight floats p[0..3], q[0..3] is a NaN, on the bits (nothing raised).
-KDRCORE_TARGET_AVX2 inline bool anyNaN(float const * p, float const * q) {
-    __m256i const bits = _mm256_setr_m128i(_mm_loadu_si128(reinterpret_cast<__m128i const *>(p)),
-                                           _mm_loadu_si128(reinterpret_cast<__m128i const *>(q)));
-    return !none(nanLanes(bits));
-}
-
-/// Lane by lane s + t or, in the lanes of `minus`, s - t; 0 +/- 0 in the lanes of neither.
-KDRCORE_TARGET_AVX2 inline __m256d addOrSub(__m256d s, __m256d t, __m256d plus, __m256d minus) {
-    return _mm256_or_pd(add(_mm256_and_pd(s, plus), _mm256_and_pd(t, plus)),
-                        sub(_mm256_and_pd(s, minus), _mm256_and_pd(t, minus)));
-}
-
-KDRCORE_TARGET_AVX2 inline __m256d laneMask(std::int64_t l0, std::int64_t l1, std::int64_t l2,
-                                            std::int64_t l3) {
-    return _mm256_castsi256_pd(_mm256_setr_epi64x(l0, l1, l2, l3));
-}
-
 template <bool conjugateB>
 KDRCORE_TARGET_AVX2 inline void multQuaternionsAvx2(float * const dst, float const * const a,
                                                     float const * const b) {
-    if (anyNaN(a, b))
+    __m128 const fa = _mm_loadu_ps(a), fb = _mm_loadu_ps(b);
+    if (_mm_movemask_ps(_mm_cmpunord_ps(fa, fb)) != 0)
         return multQuaternionsPlain<conjugateB>(dst, a, b);
-    __m256d const A = _mm256_cvtps_pd(_mm_loadu_ps(a));
-    __m256d B = _mm256_cvtps_pd(_mm_loadu_ps(b));
+    __m256d const A = widen(fa);
+    __m256d B = widen(fb);
     if (conjugateB)
         B = _mm256_xor_pd(B, _mm256_setr_pd(0.0, -0.0, -0.0, -0.0));
-    __m256d const plus = laneMask(0, -1, -1, -1), minus = laneMask(-1, 0, 0, 0);
+    // Lane 0 subtracts where the others add: it adds the product of the negated factor, which
+    // rounds and raises as the subtraction does (no input is a NaN here).
+    __m256d const negFirst = _mm256_setr_pd(-0.0, 0.0, 0.0, 0.0);
     // Lane r is dst[r]: a0 b, then the three further terms of each line in their order.
     __m256d s = mul(pick<0, 0, 0, 0>(A), B);
-    s = addOrSub(s, mul(pick<1, 1, 2, 3>(A), pick<1, 0, 0, 0>(B)), plus, minus);
-    s = addOrSub(s, mul(pick<2, 2, 3, 1>(A), pick<2, 3, 1, 2>(B)), plus, minus);
-    s = sub(s, mul(pick<3, 3, 1, 2>(A), pick<3, 2, 3, 1>(B)));
+    s = addProduct(s, _mm256_xor_pd(pick<1, 1, 2, 3>(A), negFirst), pick<1, 0, 0, 0>(B));
+    s = addProduct(s, _mm256_xor_pd(pick<2, 2, 3, 1>(A), negFirst), pick<2, 3, 1, 2>(B));
+    s = subProduct(s, pick<3, 3, 1, 2>(A), pick<3, 2, 3, 1>(B));
     _mm_storeu_ps(dst, _mm256_cvtpd_ps(s));
 }
 
-/// One column of the rotation: 2 (p1 p2 +/- q1 q2) - diagonal in lanes 0 to 2, the sum or
-/// difference chosen by `plus` and `minus`, lane 3 = 0 (its products are w w, of no effect).
+/// One column of the rotation: 2 (p1 p2 + q1 q2) - diagonal in lanes 0 to 2 (a difference comes
+/// as a negated factor in q1), 0 in lane 3. Lane 3 computes 4 w w - 0 from w in all four
+/// factors, which is exact and cannot overflow in double: it raises nothing, and is cleared.
 KDRCORE_TARGET_AVX2 inline __m128 rotationColumn(__m256d p1, __m256d p2, __m256d q1, __m256d q2,
-                                                 __m256d plus, __m256d minus, __m256d diagonal) {
-    __m256d const s = addOrSub(mul(p1, p2), mul(q1, q2), plus, minus);
-    return _mm256_cvtpd_ps(sub(add(s, s), diagonal));
+                                                 __m256d diagonal) {
+    __m256d const s = addProduct(mul(q1, q2), p1, p2);
+    __m256d const c = sub(add(s, s), diagonal);
+    return _mm256_cvtpd_ps(_mm256_blend_pd(c, _mm256_setzero_pd(), 0x8));
 }
 
 KDRCORE_TARGET_AVX2 inline void quaternionToMatrixAvx2(float * const dst, float const * const q) {
-    if (anyNaN(q, q))
+    __m128 const fq = _mm_loadu_ps(q);
+    if (_mm_movemask_ps(_mm_cmpunord_ps(fq, fq)) != 0)
         return quaternionToMatrixPlain(dst, q);
-    __m256d const Q = _mm256_cvtps_pd(_mm_loadu_ps(q)); // w, x, y, z
+    __m256d const Q = widen(fq); // w, x, y, z
+    __m256d const neg0 = _mm256_setr_pd(-0.0, 0.0, 0.0, 0.0);
+    __m256d const neg1 = _mm256_setr_pd(0.0, -0.0, 0.0, 0.0);
+    __m256d const neg2 = _mm256_setr_pd(0.0, 0.0, -0.0, 0.0);
     // Column 0: ww + xx, xy + wz, xz - wy.
-    _mm_storeu_ps(dst, rotationColumn(pick<0, 1, 1, 0>(Q), pick<0, 2, 3, 0>(Q), pick<1, 0, 0, 0>(Q),
-                                      pick<1, 3, 2, 0>(Q), laneMask(-1, -1, 0, 0),
-                                      laneMask(0, 0, -1, 0), _mm256_setr_pd(1.0, 0.0, 0.0, 0.0)));
+    _mm_storeu_ps(dst, rotationColumn(pick<0, 1, 1, 0>(Q), pick<0, 2, 3, 0>(Q),
+                                      _mm256_xor_pd(pick<1, 0, 0, 0>(Q), neg2), pick<1, 3, 2, 0>(Q),
+                                      _mm256_setr_pd(1.0, 0.0, 0.0, 0.0)));
     // Column 1: xy - wz, ww + yy, yz + wx.
-    _mm_storeu_ps(dst + 4,
-                  rotationColumn(pick<1, 0, 2, 0>(Q), pick<2, 0, 3, 0>(Q), pick<0, 2, 0, 0>(Q),
-                                 pick<3, 2, 1, 0>(Q), laneMask(0, -1, -1, 0), laneMask(-1, 0, 0, 0),
-                                 _mm256_setr_pd(0.0, 1.0, 0.0, 0.0)));
+    _mm_storeu_ps(dst + 4, rotationColumn(pick<1, 0, 2, 0>(Q), pick<2, 0, 3, 0>(Q),
+                                          _mm256_xor_pd(pick<0, 2, 0, 0>(Q), neg0),
+                                          pick<3, 2, 1, 0>(Q), _mm256_setr_pd(0.0, 1.0, 0.0, 0.0)));
     // Column 2: xz + wy, yz - wx, ww + zz.
-    _mm_storeu_ps(dst + 8,
-                  rotationColumn(pick<1, 2, 0, 0>(Q), pick<3, 3, 0, 0>(Q), pick<0, 0, 3, 0>(Q),
-                                 pick<2, 1, 3, 0>(Q), laneMask(-1, 0, -1, 0), laneMask(0, -1, 0, 0),
-                                 _mm256_setr_pd(0.0, 0.0, 1.0, 0.0)));
+    _mm_storeu_ps(dst + 8, rotationColumn(pick<1, 2, 0, 0>(Q), pick<3, 3, 0, 0>(Q),
+                                          _mm256_xor_pd(pick<0, 0, 3, 0>(Q), neg1),
+                                          pick<2, 1, 3, 0>(Q), _mm256_setr_pd(0.0, 0.0, 1.0, 0.0)));
     _mm_storeu_ps(dst + 12, _mm_setr_ps(0.0f, 0.0f, 0.0f, 1.0f));
 }
 
