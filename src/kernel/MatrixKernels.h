@@ -49,6 +49,11 @@ struct RowRef {
     double * i;
 };
 
+// |a| > |b|, a quiet comparison: false when either is a NaN, and no exception flag raised.
+inline bool greaterMagnitude(double a, double b) {
+    return std::isgreater(std::fabs(a), std::fabs(b));
+}
+
 inline void swapRows(RowRef & p, RowRef & q) {
     RowRef const t = p;
     p = q;
@@ -138,11 +143,11 @@ inline void swapRows(RowRef & p, RowRef & q) {
 
     // Partial pivoting with strict comparisons: of two equal candidates the upper row stays, and
     // a NaN never causes an exchange. Only an exactly zero pivot counts as singular.
-    if (std::fabs(r3.r[0]) > std::fabs(r2.r[0]))
+    if (greaterMagnitude(r3.r[0], r2.r[0]))
         swapRows(r3, r2);
-    if (std::fabs(r2.r[0]) > std::fabs(r1.r[0]))
+    if (greaterMagnitude(r2.r[0], r1.r[0]))
         swapRows(r2, r1);
-    if (std::fabs(r1.r[0]) > std::fabs(r0.r[0]))
+    if (greaterMagnitude(r1.r[0], r0.r[0]))
         swapRows(r1, r0);
     if (r0.r[0] == 0.0)
         return false;
@@ -166,9 +171,9 @@ inline void swapRows(RowRef & p, RowRef & q) {
         }
     }
 
-    if (std::fabs(r3.r[1]) > std::fabs(r2.r[1]))
+    if (greaterMagnitude(r3.r[1], r2.r[1]))
         swapRows(r3, r2);
-    if (std::fabs(r2.r[1]) > std::fabs(r1.r[1]))
+    if (greaterMagnitude(r2.r[1], r1.r[1]))
         swapRows(r2, r1);
     if (r1.r[1] == 0.0)
         return false;
@@ -189,7 +194,7 @@ inline void swapRows(RowRef & p, RowRef & q) {
         }
     }
 
-    if (std::fabs(r3.r[2]) > std::fabs(r2.r[2]))
+    if (greaterMagnitude(r3.r[2], r2.r[2]))
         swapRows(r3, r2);
     if (r2.r[2] == 0.0)
         return false;
@@ -409,7 +414,18 @@ KDRCORE_TARGET_AVX2 inline void multAffineMatrixVec3fAvx2(float * dst, float con
 }
 
 // ---- inverseMatrix: the baseline's elimination with a row of R and of I in one register each.
-// The pivot searches and the zero tests are the baseline's scalar comparisons.
+// The pivot searches give the baseline's quiet comparisons, the zero tests are its own.
+
+/// greaterMagnitude on the bit patterns, which no compiler can turn into a signalling
+/// comparison: |a| > |b| exactly when the magnitude bits of a exceed those of b and a is no NaN.
+inline bool greaterMagnitudeBits(double a, double b) {
+    std::uint64_t ua, ub;
+    std::memcpy(&ua, &a, sizeof ua);
+    std::memcpy(&ub, &b, sizeof ub);
+    ua &= 0x7FFFFFFFFFFFFFFFu;
+    ub &= 0x7FFFFFFFFFFFFFFFu;
+    return ua > ub && ua <= 0x7FF0000000000000u;
+}
 
 template <int j> KDRCORE_TARGET_AVX2 inline double element(__m256d v) {
     return _mm256_cvtsd_f64(lane<j>(v));
@@ -433,11 +449,24 @@ KDRCORE_TARGET_AVX2 inline void computedHere(VecRow & n) {
 
 /// Row n -= f * pivot row: in R only the lanes in `later` (the columns after the pivot's), in I
 /// only where the pivot row's element is not 0 (a NaN is not 0); the other lanes subtract 0 * 0.
+/// The masked factors pass through an empty statement, so that no optimiser turns the product
+/// of two masked values into a masked product, computed in every lane.
 KDRCORE_TARGET_AVX2 inline void eliminate(VecRow & n, __m256d f, VecRow const & pivot,
                                           __m256d later, __m256d nonZero) {
-    n.r = sub(n.r, mul(_mm256_and_pd(f, later), _mm256_and_pd(pivot.r, later)));
-    n.i = sub(n.i, mul(_mm256_and_pd(f, nonZero), _mm256_and_pd(pivot.i, nonZero)));
+    __m256d fr = _mm256_and_pd(f, later), pr = _mm256_and_pd(pivot.r, later);
+    __m256d fi = _mm256_and_pd(f, nonZero), pi = _mm256_and_pd(pivot.i, nonZero);
+    __asm__("" : "+x"(fr), "+x"(pr), "+x"(fi), "+x"(pi));
+    n.r = sub(n.r, mul(fr, pr));
+    n.i = sub(n.i, mul(fi, pi));
     computedHere(n);
+}
+
+/// Element j of `row` times k, in every lane. The broadcast passes through an empty statement, so
+/// that no optimiser multiplies the whole row first and broadcasts after.
+template <int j> KDRCORE_TARGET_AVX2 inline __m256d factor(__m256d row, __m256d k) {
+    __m256d e = lane<j>(row);
+    __asm__("" : "+x"(e));
+    return mul(e, k);
 }
 
 KDRCORE_TARGET_AVX2 inline __m256d nonZeroLanes(__m256d v) {
@@ -454,11 +483,11 @@ KDRCORE_TARGET_AVX2 inline bool inverseMatrixAvx2(float * dst, float const * src
     VecRow r2{loadWide4(src + 8), _mm256_setr_pd(0.0, 0.0, 1.0, 0.0)};
     VecRow r3{loadWide4(src + 12), _mm256_setr_pd(0.0, 0.0, 0.0, 1.0)};
 
-    if (std::fabs(element<0>(r3.r)) > std::fabs(element<0>(r2.r)))
+    if (greaterMagnitudeBits(element<0>(r3.r), element<0>(r2.r)))
         swapVecRows(r3, r2);
-    if (std::fabs(element<0>(r2.r)) > std::fabs(element<0>(r1.r)))
+    if (greaterMagnitudeBits(element<0>(r2.r), element<0>(r1.r)))
         swapVecRows(r2, r1);
-    if (std::fabs(element<0>(r1.r)) > std::fabs(element<0>(r0.r)))
+    if (greaterMagnitudeBits(element<0>(r1.r), element<0>(r0.r)))
         swapVecRows(r1, r0);
     if (element<0>(r0.r) == 0.0)
         return false;
@@ -466,14 +495,14 @@ KDRCORE_TARGET_AVX2 inline bool inverseMatrixAvx2(float * dst, float const * src
     {
         __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, -1, -1, -1));
         __m256d const nz = nonZeroLanes(r0.i);
-        eliminate(r1, mul(lane<0>(r1.r), k0), r0, later, nz);
-        eliminate(r2, mul(lane<0>(r2.r), k0), r0, later, nz);
-        eliminate(r3, mul(lane<0>(r3.r), k0), r0, later, nz);
+        eliminate(r1, factor<0>(r1.r, k0), r0, later, nz);
+        eliminate(r2, factor<0>(r2.r, k0), r0, later, nz);
+        eliminate(r3, factor<0>(r3.r, k0), r0, later, nz);
     }
 
-    if (std::fabs(element<1>(r3.r)) > std::fabs(element<1>(r2.r)))
+    if (greaterMagnitudeBits(element<1>(r3.r), element<1>(r2.r)))
         swapVecRows(r3, r2);
-    if (std::fabs(element<1>(r2.r)) > std::fabs(element<1>(r1.r)))
+    if (greaterMagnitudeBits(element<1>(r2.r), element<1>(r1.r)))
         swapVecRows(r2, r1);
     if (element<1>(r1.r) == 0.0)
         return false;
@@ -481,11 +510,11 @@ KDRCORE_TARGET_AVX2 inline bool inverseMatrixAvx2(float * dst, float const * src
     {
         __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, -1, -1));
         __m256d const nz = nonZeroLanes(r1.i);
-        eliminate(r2, mul(lane<1>(r2.r), k1), r1, later, nz);
-        eliminate(r3, mul(lane<1>(r3.r), k1), r1, later, nz);
+        eliminate(r2, factor<1>(r2.r, k1), r1, later, nz);
+        eliminate(r3, factor<1>(r3.r, k1), r1, later, nz);
     }
 
-    if (std::fabs(element<2>(r3.r)) > std::fabs(element<2>(r2.r)))
+    if (greaterMagnitudeBits(element<2>(r3.r), element<2>(r2.r)))
         swapVecRows(r3, r2);
     if (element<2>(r2.r) == 0.0)
         return false;

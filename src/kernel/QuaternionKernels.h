@@ -19,27 +19,36 @@ namespace kdrkernel {
 
 /// dst = a b (Hamilton product), or a times the conjugate of b; all inputs read before the first
 /// store, so dst may be a or b.
-// GCC's straight-line vectoriser turns the four lines into pairs of lanes that compute both the
-// sum and the difference and keep one: the other can raise FE_INVALID (an infinity minus an
-// infinity) that no operation written here raises. Not for this function.
-#if defined(__GNUC__) && !defined(__clang__)
-#define KDRCORE_NO_SLP gnu::optimize("no-tree-slp-vectorize"),
+// Makes v opaque to the optimiser. The four lines of the product below stay four scalar
+// computations: vectorisers pair a line that adds with one that subtracts by computing both
+// in each lane and keeping one, and the other can raise FE_INVALID (an infinity minus an
+// infinity) that no operation written here raises.
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define KDRCORE_OPAQUE(v) __asm__("" : "+x"(v))
 #else
-#define KDRCORE_NO_SLP
+#define KDRCORE_OPAQUE(v) static_cast<void>(v)
 #endif
 template <bool conjugateB>
-[[KDRCORE_NO_SLP gnu::noinline]] inline void
-multQuaternionsPlain(float * const dst, float const * const a, float const * const b) {
+[[gnu::noinline]] inline void multQuaternionsPlain(float * const dst, float const * const a,
+                                                   float const * const b) {
     double const a0 = static_cast<double>(a[0]), a1 = static_cast<double>(a[1]),
                  a2 = static_cast<double>(a[2]), a3 = static_cast<double>(a[3]);
     double const b0 = static_cast<double>(b[0]);
     double const b1 = conjugateB ? -static_cast<double>(b[1]) : static_cast<double>(b[1]);
     double const b2 = conjugateB ? -static_cast<double>(b[2]) : static_cast<double>(b[2]);
     double const b3 = conjugateB ? -static_cast<double>(b[3]) : static_cast<double>(b[3]);
-    dst[0] = static_cast<float>(a0 * b0 - a1 * b1 - a2 * b2 - a3 * b3);
-    dst[1] = static_cast<float>(a0 * b1 + a1 * b0 + a2 * b3 - a3 * b2);
-    dst[2] = static_cast<float>(a0 * b2 + a2 * b0 + a3 * b1 - a1 * b3);
-    dst[3] = static_cast<float>(a0 * b3 + a3 * b0 + a1 * b2 - a2 * b1);
+    double d0 = a0 * b0 - a1 * b1 - a2 * b2 - a3 * b3;
+    KDRCORE_OPAQUE(d0);
+    double d1 = a0 * b1 + a1 * b0 + a2 * b3 - a3 * b2;
+    KDRCORE_OPAQUE(d1);
+    double d2 = a0 * b2 + a2 * b0 + a3 * b1 - a1 * b3;
+    KDRCORE_OPAQUE(d2);
+    double d3 = a0 * b3 + a3 * b0 + a1 * b2 - a2 * b1;
+    KDRCORE_OPAQUE(d3);
+    dst[0] = static_cast<float>(d0);
+    dst[1] = static_cast<float>(d1);
+    dst[2] = static_cast<float>(d2);
+    dst[3] = static_cast<float>(d3);
 }
 
 /// The rotation matrix of q, with the diagonal in the w*w form (equal to 1 - 2(y*y + z*z) for
