@@ -397,8 +397,13 @@ KDRCORE_TARGET_AVX2 inline void multMatrixVec3fAvx2(float * dst, float const * m
         return;
     }
     double const k = 1.0 / w;
-    __m256d const s = affinePoint(widen(load3(m)), widen(load3(m + 4)), widen(load3(m + 8)),
-                                  widen(load3(m + 12)), widen(fv));
+    // All of m is read now, as in the baseline. Lane 3 computes W again with the baseline's
+    // operations and is cleared before the product with k, which the baseline does not form.
+    __m256d const V = widen(fv);
+    __m256d s = mul(loadWide4(m), lane<0>(V));
+    s = addProduct(s, loadWide4(m + 4), lane<1>(V));
+    s = addProduct(s, loadWide4(m + 8), lane<2>(V));
+    s = _mm256_blend_pd(add(s, loadWide4(m + 12)), _mm256_setzero_pd(), 0x8);
     store3(dst, _mm256_cvtpd_ps(mul(s, _mm256_set1_pd(k))));
 }
 
