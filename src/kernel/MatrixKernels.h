@@ -4,21 +4,16 @@
 // EnhancedMathFunctions' members multMatrices, multAffineMatrices, multMatrixVec3f,
 // multAffineMatrixVec3f and inverseMatrix only choose between the two versions here, by the
 // level the CPU offers (SimdLevel.h). The baseline versions are the reference: every element at
-// double width, rounded to float once, where it is stored. The AVX2 versions give the same bits:
-// - a float times a float is exact in double (at most 48 significant bits, and no overflow or
-//   underflow is possible), so fma(a, b, s) on widened floats rounds once, as s + a * b does;
-// - sums of such products keep their grouping, ((p0 + p1) + p2) + p3, one lane per element;
-// - products of two doubles are not exact: they stay separate multiplies and subtractions;
-// - each element is rounded to float once, where it is stored.
-// A lane whose value the baseline never computes (the bottom row of an affine product, a column
-// that elimination has finished with) may hold anything: it is replaced or never stored.
+// double width, rounded to float once, where it is stored. The AVX2 versions give the same bits,
+// read the same elements and raise the same floating-point exception flags; the section in front
+// of them says how.
 //
 // On the processors measured, AVX-512 gave these small kernels nothing over AVX2 (its 512-bit
 // operations run as two halves there), so the AVX-512 level uses the AVX2 versions.
 //
 // The baseline versions are out of line, so that the dispatch in front of them saves no
-// registers. The header is also compiled into the test that checks every version against plain
-// reference code on every instruction set the machine offers.
+// registers. The header is also compiled into the test that checks every version against the
+// baseline on every instruction set the machine offers.
 #ifndef KDRCORE_KERNEL_MATRIXKERNELS_H
 #define KDRCORE_KERNEL_MATRIXKERNELS_H
 
@@ -53,6 +48,11 @@ struct RowRef {
     double * r;
     double * i;
 };
+
+// |a| > |b|, a quiet comparison: false when either is a NaN, and no exception flag raised.
+inline bool greaterMagnitude(double a, double b) {
+    return std::isgreater(std::fabs(a), std::fabs(b));
+}
 
 inline void swapRows(RowRef & p, RowRef & q) {
     RowRef const t = p;
@@ -143,11 +143,11 @@ inline void swapRows(RowRef & p, RowRef & q) {
 
     // Partial pivoting with strict comparisons: of two equal candidates the upper row stays, and
     // a NaN never causes an exchange. Only an exactly zero pivot counts as singular.
-    if (std::fabs(r3.r[0]) > std::fabs(r2.r[0]))
+    if (greaterMagnitude(r3.r[0], r2.r[0]))
         swapRows(r3, r2);
-    if (std::fabs(r2.r[0]) > std::fabs(r1.r[0]))
+    if (greaterMagnitude(r2.r[0], r1.r[0]))
         swapRows(r2, r1);
-    if (std::fabs(r1.r[0]) > std::fabs(r0.r[0]))
+    if (greaterMagnitude(r1.r[0], r0.r[0]))
         swapRows(r1, r0);
     if (r0.r[0] == 0.0)
         return false;
@@ -171,9 +171,9 @@ inline void swapRows(RowRef & p, RowRef & q) {
         }
     }
 
-    if (std::fabs(r3.r[1]) > std::fabs(r2.r[1]))
+    if (greaterMagnitude(r3.r[1], r2.r[1]))
         swapRows(r3, r2);
-    if (std::fabs(r2.r[1]) > std::fabs(r1.r[1]))
+    if (greaterMagnitude(r2.r[1], r1.r[1]))
         swapRows(r2, r1);
     if (r1.r[1] == 0.0)
         return false;
@@ -194,7 +194,7 @@ inline void swapRows(RowRef & p, RowRef & q) {
         }
     }
 
-    if (std::fabs(r3.r[2]) > std::fabs(r2.r[2]))
+    if (greaterMagnitude(r3.r[2], r2.r[2]))
         swapRows(r3, r2);
     if (r2.r[2] == 0.0)
         return false;
@@ -236,17 +236,67 @@ inline void swapRows(RowRef & p, RowRef & q) {
     return true;
 }
 
-// ---- AVX2 and FMA
+// ---- AVX2
+//
+// How these versions keep the baseline's bits and its floating-point exception flags:
+// - Which NaN an operation on two NaNs returns depends on the order of its operands, which the
+//   compiler chooses for the baseline code, differently at each optimisation level. Inputs that
+//   hold a NaN therefore go to the baseline version. The test is a quiet comparison, which
+//   raises FE_INVALID for a signalling NaN only, as the baseline's widening of that element
+//   does; where the baseline may stop before widening everything (multMatrixVec3f), it is made
+//   on the bits. Without NaN inputs every NaN is the processor's default NaN, made by an
+//   invalid operation, whichever operand it comes from and whatever the signs of the factors
+//   that made it. A subtraction may add the product of a negated factor, never a negated NaN.
+// - A float times a float is exact in double, so fma(a, b, s) on widened floats rounds and
+//   raises as s + a * b does, and fnmadd as s - a * b. (Whether a fused infinity times 0 plus a
+//   NaN raises FE_INVALID is the processor's choice; that NaN was made by an invalid operation
+//   of the same call, so the flag is raised either way.) Sums keep the baseline's grouping, one
+//   lane per element. Products of two doubles are not exact: they stay separate operations.
+// - A lane the baseline never computes (the bottom row of an affine product, the homogeneous
+//   coordinate of a point, the finished columns of the elimination) gets 0 in both factors, or
+//   0 subtracted, which raises nothing. Elements the baseline never reads (the bottom rows of the
+//   affine operations, v[3]) are never loaded.
+// - An elimination step is computed before the zero test that follows it, as the baseline's,
+//   whose rows are stored, even when the compiler could prove the step unused.
 
 #if KDRCORE_SIMD_X86
 
+/// Whether one of the floats of x, y, z, w is a NaN.
+KDRCORE_TARGET_AVX2 inline bool anyNaN(__m128 x, __m128 y, __m128 z, __m128 w) {
+    return _mm_movemask_ps(_mm_or_ps(_mm_cmpunord_ps(x, y), _mm_cmpunord_ps(z, w))) != 0;
+}
+
+/// Lanes of the 16 floats at m that hold a NaN, on the bits: no floating-point operation.
+KDRCORE_TARGET_AVX2 inline __m256i nanLanes(float const * m) {
+    __m256i const magnitude = _mm256_set1_epi32(0x7FFFFFFF), inf = _mm256_set1_epi32(0x7F800000);
+    __m256i const lo = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(m));
+    __m256i const hi = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(m + 8));
+    return _mm256_or_si256(_mm256_cmpgt_epi32(_mm256_and_si256(lo, magnitude), inf),
+                           _mm256_cmpgt_epi32(_mm256_and_si256(hi, magnitude), inf));
+}
+
+KDRCORE_TARGET_AVX2 inline __m256d widen(__m128 v) {
+    return _mm256_cvtps_pd(v);
+}
+
 KDRCORE_TARGET_AVX2 inline __m256d loadWide4(float const * p) {
-    return _mm256_cvtps_pd(_mm_loadu_ps(p));
+    return widen(_mm_loadu_ps(p));
+}
+
+/// p[0..2], lane 3 = 0; p[3] is not read.
+KDRCORE_TARGET_AVX2 inline __m128 load3(float const * p) {
+    __m128 const xy = _mm_loadl_pi(_mm_setzero_ps(), reinterpret_cast<__m64 const *>(p));
+    return _mm_insert_ps(xy, _mm_load_ss(p + 2), 0x20);
 }
 
 /// Lane `j` of `v` in all four lanes.
 template <int j> KDRCORE_TARGET_AVX2 inline __m256d lane(__m256d v) {
     return _mm256_permute4x64_pd(v, j * 0x55);
+}
+
+/// Lane `j` of `v` in lanes 0 to 2, lane 3 of `v` (0 from load3) in lane 3.
+template <int j> KDRCORE_TARGET_AVX2 inline __m256d lane3(__m256d v) {
+    return _mm256_permute4x64_pd(v, j * 0x15 + 0xC0);
 }
 
 /// Stores lanes 0 to 2 of `v`; dst[3] is not touched.
@@ -255,210 +305,243 @@ KDRCORE_TARGET_AVX2 inline void store3(float * dst, __m128 v) {
     _mm_store_ss(dst + 2, _mm_movehl_ps(v, v));
 }
 
-/// ((a0 b[0] + a1 b[1]) + a2 b[2]) with b[k] spread over the lanes, b widened.
-KDRCORE_TARGET_AVX2 inline __m256d threeTerms(__m256d a0, __m256d a1, __m256d a2, __m256d b) {
-    __m256d const s = _mm256_mul_pd(a0, lane<0>(b));
-    return _mm256_fmadd_pd(a2, lane<2>(b), _mm256_fmadd_pd(a1, lane<1>(b), s));
+KDRCORE_TARGET_AVX2 inline __m256d add(__m256d a, __m256d b) {
+    return _mm256_add_pd(a, b);
+}
+KDRCORE_TARGET_AVX2 inline __m256d sub(__m256d a, __m256d b) {
+    return _mm256_sub_pd(a, b);
+}
+KDRCORE_TARGET_AVX2 inline __m256d mul(__m256d a, __m256d b) {
+    return _mm256_mul_pd(a, b);
+}
+/// s + a b, for a and b widened floats (see above).
+KDRCORE_TARGET_AVX2 inline __m256d addProduct(__m256d s, __m256d a, __m256d b) {
+    return _mm256_fmadd_pd(a, b, s);
+}
+/// s - a b, for a and b widened floats.
+KDRCORE_TARGET_AVX2 inline __m256d subProduct(__m256d s, __m256d a, __m256d b) {
+    return _mm256_fnmadd_pd(a, b, s);
+}
+
+/// Whether one of the 16 floats of m or of n is a NaN.
+KDRCORE_TARGET_AVX2 inline bool anyNaN(float const * m, float const * n) {
+    __m256 const mm = _mm256_cmp_ps(_mm256_loadu_ps(m), _mm256_loadu_ps(m + 8), _CMP_UNORD_Q);
+    __m256 const nn = _mm256_cmp_ps(_mm256_loadu_ps(n), _mm256_loadu_ps(n + 8), _CMP_UNORD_Q);
+    return _mm256_movemask_ps(_mm256_or_ps(mm, nn)) != 0;
 }
 
 /// dst = a b, 16 elements; dst overlaps neither input.
 KDRCORE_TARGET_AVX2 inline void multMatricesAvx2(float * dst, float const * a, float const * b) {
+    if (anyNaN(a, b))
+        return multMatricesPlain(dst, a, b);
     __m256d const a0 = loadWide4(a), a1 = loadWide4(a + 4), a2 = loadWide4(a + 8),
                   a3 = loadWide4(a + 12);
     for (int c = 0; c < 4; ++c) {
         __m256d const bc = loadWide4(b + 4 * c);
-        __m256d const s = _mm256_fmadd_pd(a3, lane<3>(bc), threeTerms(a0, a1, a2, bc));
+        __m256d s = mul(a0, lane<0>(bc));
+        s = addProduct(s, a1, lane<1>(bc));
+        s = addProduct(s, a2, lane<2>(bc));
+        s = addProduct(s, a3, lane<3>(bc));
         _mm_storeu_ps(dst + 4 * c, _mm256_cvtpd_ps(s));
     }
 }
 
-/// The affine product: bottom rows of a and b not used, dst's written 0, 0, 0, 1.
+/// (a0 b[0] + a1 b[1]) + a2 b[2] in lanes 0 to 2; lane 3 = 0 when a0 to a2 and b have 0 there.
+KDRCORE_TARGET_AVX2 inline __m256d threeTerms(__m256d a0, __m256d a1, __m256d a2, __m256d b) {
+    __m256d const s = addProduct(mul(a0, lane3<0>(b)), a1, lane3<1>(b));
+    return addProduct(s, a2, lane3<2>(b));
+}
+
+/// The affine product: bottom rows of a and b not read, dst's written 0, 0, 0, 1.
 KDRCORE_TARGET_AVX2 inline void multAffineMatricesAvx2(float * dst, float const * a,
                                                        float const * b) {
-    __m256d const a0 = loadWide4(a), a1 = loadWide4(a + 4), a2 = loadWide4(a + 8);
-    __m128 const zero = _mm_setzero_ps();
-    for (int c = 0; c < 3; ++c) {
-        __m256d const s = threeTerms(a0, a1, a2, loadWide4(b + 4 * c));
-        _mm_storeu_ps(dst + 4 * c, _mm_blend_ps(_mm256_cvtpd_ps(s), zero, 0x8));
-    }
-    __m256d const s = _mm256_add_pd(threeTerms(a0, a1, a2, loadWide4(b + 12)), loadWide4(a + 12));
+    __m128 const fa0 = load3(a), fa1 = load3(a + 4), fa2 = load3(a + 8), fa3 = load3(a + 12);
+    __m128 const fb[4] = {load3(b), load3(b + 4), load3(b + 8), load3(b + 12)};
+    if (anyNaN(fa0, fa1, fa2, fa3) || anyNaN(fb[0], fb[1], fb[2], fb[3]))
+        return multAffineMatricesPlain(dst, a, b);
+    __m256d const a0 = widen(fa0), a1 = widen(fa1), a2 = widen(fa2);
+    // Lane 3 of every sum is 0 + 0: it stores the 0 of the bottom row.
+    for (int c = 0; c < 3; ++c)
+        _mm_storeu_ps(dst + 4 * c, _mm256_cvtpd_ps(threeTerms(a0, a1, a2, widen(fb[c]))));
+    __m256d const s = add(threeTerms(a0, a1, a2, widen(fb[3])), widen(fa3));
     _mm_storeu_ps(dst + 12, _mm_blend_ps(_mm256_cvtpd_ps(s), _mm_set1_ps(1.0f), 0x8));
 }
 
-KDRCORE_TARGET_AVX2 inline __m256d splat(float v) {
-    return _mm256_set1_pd(static_cast<double>(v));
-}
-
-/// ((m0 x + m1 y) + m2 z) + m3 for the four rows, m_k being column k. Reads v[0..2] only.
-KDRCORE_TARGET_AVX2 inline __m256d affinePoint(float const * m, float const * v) {
-    __m256d s = _mm256_mul_pd(loadWide4(m), splat(v[0]));
-    s = _mm256_fmadd_pd(loadWide4(m + 4), splat(v[1]), s);
-    s = _mm256_fmadd_pd(loadWide4(m + 8), splat(v[2]), s);
-    return _mm256_add_pd(s, loadWide4(m + 12));
+/// ((m0 x + m1 y) + m2 z) + m3 for rows 0 to 2, m_k being column k (lane 3 = 0 in each) and v
+/// holding x, y, z, 0.
+KDRCORE_TARGET_AVX2 inline __m256d affinePoint(__m256d m0, __m256d m1, __m256d m2, __m256d m3,
+                                               __m256d v) {
+    __m256d s = mul(m0, lane3<0>(v));
+    s = addProduct(s, m1, lane3<1>(v));
+    s = addProduct(s, m2, lane3<2>(v));
+    return add(s, m3);
 }
 
 /// m v divided by the homogeneous coordinate; 0, 0, 0 when it is exactly 0. dst may be v.
 KDRCORE_TARGET_AVX2 inline void multMatrixVec3fAvx2(float * dst, float const * m, float const * v) {
-    __m256d const s = affinePoint(m, v);
-    __m128d const zw = _mm256_extractf128_pd(s, 1);
-    double const w = _mm_cvtsd_f64(_mm_unpackhi_pd(zw, zw));
+    // On the bits: when W is 0 the baseline widens nothing but v and the bottom row.
+    __m128 const fv = load3(v);
+    __m128i const vNaN =
+        _mm_cmpgt_epi32(_mm_and_si128(_mm_castps_si128(fv), _mm_set1_epi32(0x7FFFFFFF)),
+                        _mm_set1_epi32(0x7F800000));
+    __m256i const mNaN = nanLanes(m);
+    if (!_mm256_testz_si256(mNaN, mNaN) || !_mm_testz_si128(vNaN, vNaN))
+        return multMatrixVec3fPlain(dst, m, v);
+    // W first and alone, as the baseline: nothing else is computed when it is 0.
+    double const x = wide(v[0]), y = wide(v[1]), z = wide(v[2]);
+    double const w = wide(m[3]) * x + wide(m[7]) * y + wide(m[11]) * z + wide(m[15]);
     if (w == 0.0) {
         dst[0] = 0.0f;
         dst[1] = 0.0f;
         dst[2] = 0.0f;
         return;
     }
-    store3(dst, _mm256_cvtpd_ps(_mm256_mul_pd(s, _mm256_set1_pd(1.0 / w))));
+    double const k = 1.0 / w;
+    // All of m is read now, as in the baseline. Lane 3 computes W again with the baseline's
+    // operations and is cleared before the product with k, which the baseline does not form.
+    __m256d const V = widen(fv);
+    __m256d s = mul(loadWide4(m), lane<0>(V));
+    s = addProduct(s, loadWide4(m + 4), lane<1>(V));
+    s = addProduct(s, loadWide4(m + 8), lane<2>(V));
+    s = _mm256_blend_pd(add(s, loadWide4(m + 12)), _mm256_setzero_pd(), 0x8);
+    store3(dst, _mm256_cvtpd_ps(mul(s, _mm256_set1_pd(k))));
 }
 
-/// m v with the bottom row taken as 0, 0, 0, 1. dst may be v.
+/// m v with the bottom row taken as 0, 0, 0, 1 and not read. dst may be v.
 KDRCORE_TARGET_AVX2 inline void multAffineMatrixVec3fAvx2(float * dst, float const * m,
                                                           float const * v) {
-    store3(dst, _mm256_cvtpd_ps(affinePoint(m, v)));
+    __m128 const m0 = load3(m), m1 = load3(m + 4), m2 = load3(m + 8), m3 = load3(m + 12);
+    __m128 const fv = load3(v);
+    if (anyNaN(m0, m1, m2, m3) || anyNaN(fv, fv, fv, fv))
+        return multAffineMatrixVec3fPlain(dst, m, v);
+    store3(dst,
+           _mm256_cvtpd_ps(affinePoint(widen(m0), widen(m1), widen(m2), widen(m3), widen(fv))));
 }
 
-// ---- inverseMatrix: Gauss-Jordan on four rows [R | I] of four doubles each.
-//
-// The pivot searches compare magnitudes on the bit patterns: for IEEE numbers |a| > |b| exactly
-// when (bits(a) & ~sign) > (bits(b) & ~sign) as unsigned integers and a is no NaN, which is the
-// strict, NaN-false comparison of the baseline. The searches are decided in integer registers
-// and the rows fetched in their new order, which moves no vector data through the compares.
+// ---- inverseMatrix: the baseline's elimination with a row of R and of I in one register each.
+// The pivot searches give the baseline's quiet comparisons, the zero tests are its own.
 
-inline bool greaterMagnitude(std::uint32_t ua, std::uint32_t ub) {
-    return (ua > ub) & (ua <= 0x7F800000u);
-}
-inline bool greaterMagnitude(std::uint64_t ua, std::uint64_t ub) {
-    return (ua > ub) & (ua <= 0x7FF0000000000000u);
-}
-
-inline std::uint32_t magnitudeBits(float const * p) {
-    std::uint32_t b;
-    std::memcpy(&b, p, sizeof b);
-    return b & 0x7FFFFFFFu;
-}
-inline std::uint64_t magnitudeBits(double const * p) {
-    std::uint64_t b;
-    std::memcpy(&b, p, sizeof b);
-    return b & 0x7FFFFFFFFFFFFFFFu;
+/// greaterMagnitude on the bit patterns, which no compiler can turn into a signalling
+/// comparison: |a| > |b| exactly when the magnitude bits of a exceed those of b and a is no NaN.
+inline bool greaterMagnitudeBits(double a, double b) {
+    std::uint64_t ua, ub;
+    std::memcpy(&ua, &a, sizeof ua);
+    std::memcpy(&ub, &b, sizeof ub);
+    ua &= 0x7FFFFFFFFFFFFFFFu;
+    ub &= 0x7FFFFFFFFFFFFFFFu;
+    return ua > ub && ua <= 0x7FF0000000000000u;
 }
 
-/// The three exchanges of the pivot search over rows 0 to 3 (or 1 to 3 with `first` 1), from the
-/// bottom up, on the magnitudes x: `order[n]` receives the row that ends at position n.
-template <class U> inline void pivotOrder(U const * x, int first, int * order) {
-    int r1 = first, r2 = first + 1, r3 = first + 2;
-    if (greaterMagnitude(x[r3], x[r2])) {
-        int const t = r3;
-        r3 = r2;
-        r2 = t;
-    }
-    if (greaterMagnitude(x[r2], x[r1])) {
-        int const t = r2;
-        r2 = r1;
-        r1 = t;
-    }
-    order[first + 1] = r2;
-    order[first + 2] = r3;
-    order[first] = r1;
+template <int j> KDRCORE_TARGET_AVX2 inline double element(__m256d v) {
+    return _mm256_cvtsd_f64(lane<j>(v));
 }
 
-/// Row n -= f * pivot row; in I only where the pivot row's element is not 0 (a NaN is not 0).
-KDRCORE_TARGET_AVX2 inline void eliminate(__m256d f, __m256d rk, __m256d ik, __m256d nonZero,
-                                          __m256d & rn, __m256d & in) {
-    rn = _mm256_sub_pd(rn, _mm256_mul_pd(f, rk));
-    in = _mm256_blendv_pd(in, _mm256_sub_pd(in, _mm256_mul_pd(f, ik)), nonZero);
+struct VecRow {
+    __m256d r, i;
+};
+
+KDRCORE_TARGET_AVX2 inline void swapVecRows(VecRow & p, VecRow & q) {
+    VecRow const t = p;
+    p = q;
+    q = t;
+}
+
+/// Makes the row computed here, on every path, as the baseline's stored rows are: the flags of
+/// an elimination step are raised even when a later zero pivot ends the inversion.
+KDRCORE_TARGET_AVX2 inline void computedHere(VecRow & n) {
+    __asm__ volatile("" : "+x"(n.r), "+x"(n.i));
+}
+
+/// Row n -= f * pivot row: in R only the lanes in `later` (the columns after the pivot's), in I
+/// only where the pivot row's element is not 0 (a NaN is not 0); the other lanes subtract 0 * 0.
+/// The masked factors pass through an empty statement, so that no optimiser turns the product
+/// of two masked values into a masked product, computed in every lane.
+KDRCORE_TARGET_AVX2 inline void eliminate(VecRow & n, __m256d f, VecRow const & pivot,
+                                          __m256d later, __m256d nonZero) {
+    __m256d fr = _mm256_and_pd(f, later), pr = _mm256_and_pd(pivot.r, later);
+    __m256d fi = _mm256_and_pd(f, nonZero), pi = _mm256_and_pd(pivot.i, nonZero);
+    __asm__("" : "+x"(fr), "+x"(pr), "+x"(fi), "+x"(pi));
+    n.r = sub(n.r, mul(fr, pr));
+    n.i = sub(n.i, mul(fi, pi));
+    computedHere(n);
+}
+
+/// Element j of `row` times k, in every lane. The broadcast passes through an empty statement, so
+/// that no optimiser multiplies the whole row first and broadcasts after.
+template <int j> KDRCORE_TARGET_AVX2 inline __m256d factor(__m256d row, __m256d k) {
+    __m256d e = lane<j>(row);
+    __asm__("" : "+x"(e));
+    return mul(e, k);
+}
+
+KDRCORE_TARGET_AVX2 inline __m256d nonZeroLanes(__m256d v) {
+    return _mm256_cmp_pd(v, _mm256_setzero_pd(), _CMP_NEQ_UQ);
 }
 
 /// The general inverse; false, dst untouched, on an exactly zero pivot. dst may be src.
 KDRCORE_TARGET_AVX2 inline bool inverseMatrixAvx2(float * dst, float const * src) {
-    alignas(32) static constexpr double identity[16] = {1, 0, 0, 0, 0, 1, 0, 0,
-                                                        0, 0, 1, 0, 0, 0, 0, 1};
-    __m256d const one = _mm256_set1_pd(1.0), zero = _mm256_setzero_pd();
+    if (anyNaN(src, src))
+        return inverseMatrixPlain(dst, src);
+    __m256i const ones = _mm256_set1_epi64x(-1);
+    VecRow r0{loadWide4(src), _mm256_setr_pd(1.0, 0.0, 0.0, 0.0)};
+    VecRow r1{loadWide4(src + 4), _mm256_setr_pd(0.0, 1.0, 0.0, 0.0)};
+    VecRow r2{loadWide4(src + 8), _mm256_setr_pd(0.0, 0.0, 1.0, 0.0)};
+    VecRow r3{loadWide4(src + 12), _mm256_setr_pd(0.0, 0.0, 0.0, 1.0)};
 
-    // Column 0, decided on the floats of src (widening keeps every comparison).
-    int o[4];
-    {
-        std::uint32_t x[4];
-        for (int n = 0; n < 4; ++n)
-            x[n] = magnitudeBits(src + 4 * n);
-        int below[4];
-        pivotOrder(x, 1, below); // rows 1 to 3 first: the bubble from the bottom
-        o[2] = below[2];
-        o[3] = below[3];
-        // The last exchange, between row 0 and the winner of rows 1 to 3.
-        bool const up = greaterMagnitude(x[below[1]], x[0]);
-        o[0] = up ? below[1] : 0;
-        o[1] = up ? 0 : below[1];
-    }
-    if (src[4 * o[0]] == 0.0f)
+    if (greaterMagnitudeBits(element<0>(r3.r), element<0>(r2.r)))
+        swapVecRows(r3, r2);
+    if (greaterMagnitudeBits(element<0>(r2.r), element<0>(r1.r)))
+        swapVecRows(r2, r1);
+    if (greaterMagnitudeBits(element<0>(r1.r), element<0>(r0.r)))
+        swapVecRows(r1, r0);
+    if (element<0>(r0.r) == 0.0)
         return false;
-    __m256d const r0 = loadWide4(src + 4 * o[0]), i0 = _mm256_load_pd(identity + 4 * o[0]);
-    __m256d const k0 = _mm256_div_pd(one, lane<0>(r0));
-
-    // Rows 1 to 3 after column 0, kept in memory so that the next search can fetch them.
-    alignas(32) double rows1[3][2][4];
+    __m256d const k0 = _mm256_set1_pd(1.0 / element<0>(r0.r));
     {
-        __m256d const nz = _mm256_cmp_pd(i0, zero, _CMP_NEQ_UQ);
-        for (int n = 1; n < 4; ++n) {
-            __m256d r = loadWide4(src + 4 * o[n]), i = _mm256_load_pd(identity + 4 * o[n]);
-            eliminate(_mm256_mul_pd(lane<0>(r), k0), r0, i0, nz, r, i);
-            _mm256_store_pd(rows1[n - 1][0], r);
-            _mm256_store_pd(rows1[n - 1][1], i);
-        }
+        __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, -1, -1, -1));
+        __m256d const nz = nonZeroLanes(r0.i);
+        eliminate(r1, factor<0>(r1.r, k0), r0, later, nz);
+        eliminate(r2, factor<0>(r2.r, k0), r0, later, nz);
+        eliminate(r3, factor<0>(r3.r, k0), r0, later, nz);
     }
 
-    // Column 1, among rows 1 to 3.
-    int p[4];
-    {
-        std::uint64_t x[4];
-        for (int n = 1; n < 4; ++n)
-            x[n] = magnitudeBits(&rows1[n - 1][0][1]);
-        pivotOrder(x, 1, p);
-    }
-    double const * const row1 = rows1[p[1] - 1][0];
-    if (row1[1] == 0.0)
+    if (greaterMagnitudeBits(element<1>(r3.r), element<1>(r2.r)))
+        swapVecRows(r3, r2);
+    if (greaterMagnitudeBits(element<1>(r2.r), element<1>(r1.r)))
+        swapVecRows(r2, r1);
+    if (element<1>(r1.r) == 0.0)
         return false;
-    __m256d const r1 = _mm256_load_pd(row1), i1 = _mm256_load_pd(rows1[p[1] - 1][1]);
-    __m256d const k1 = _mm256_div_pd(one, _mm256_broadcast_sd(row1 + 1));
-    alignas(32) double rows2[2][2][4];
+    __m256d const k1 = _mm256_set1_pd(1.0 / element<1>(r1.r));
     {
-        __m256d const nz = _mm256_cmp_pd(i1, zero, _CMP_NEQ_UQ);
-        for (int n = 2; n < 4; ++n) {
-            double const * const rn = rows1[p[n] - 1][0];
-            __m256d r = _mm256_load_pd(rn), i = _mm256_load_pd(rows1[p[n] - 1][1]);
-            eliminate(_mm256_mul_pd(_mm256_broadcast_sd(rn + 1), k1), r1, i1, nz, r, i);
-            _mm256_store_pd(rows2[n - 2][0], r);
-            _mm256_store_pd(rows2[n - 2][1], i);
-        }
+        __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, -1, -1));
+        __m256d const nz = nonZeroLanes(r1.i);
+        eliminate(r2, factor<1>(r2.r, k1), r1, later, nz);
+        eliminate(r3, factor<1>(r3.r, k1), r1, later, nz);
     }
 
-    // Column 2, between rows 2 and 3.
-    bool const exchange =
-        greaterMagnitude(magnitudeBits(&rows2[1][0][2]), magnitudeBits(&rows2[0][0][2]));
-    double const * const row2 = rows2[exchange ? 1 : 0][0];
-    double const * const row3 = rows2[exchange ? 0 : 1][0];
-    if (row2[2] == 0.0)
+    if (greaterMagnitudeBits(element<2>(r3.r), element<2>(r2.r)))
+        swapVecRows(r3, r2);
+    if (element<2>(r2.r) == 0.0)
         return false;
-    // f3 = R3[2] / R2[2], a true division, and k2 = 1 / R2[2], in one instruction.
-    __m128d const q = _mm_div_pd(_mm_setr_pd(row3[2], 1.0), _mm_set1_pd(row2[2]));
-    __m256d const f3 = _mm256_broadcastsd_pd(q);
-    __m256d const k2 = _mm256_broadcastsd_pd(_mm_unpackhi_pd(q, q));
-    __m256d const r3 = _mm256_sub_pd(_mm256_load_pd(row3), _mm256_mul_pd(f3, _mm256_load_pd(row2)));
-    __m256d const i2 = _mm256_load_pd(rows2[exchange ? 1 : 0][1]);
-    __m256d const i3 =
-        _mm256_sub_pd(_mm256_load_pd(rows2[exchange ? 0 : 1][1]), _mm256_mul_pd(f3, i2));
-    __m256d const p3 = lane<3>(r3);
-    if (_mm256_cvtsd_f64(p3) == 0.0)
+    {
+        // A true division, as in the baseline; all of I, and of R only the last column.
+        __m256d const f3 = _mm256_set1_pd(element<2>(r3.r) / element<2>(r2.r));
+        __m256d const last = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, 0, -1));
+        eliminate(r3, f3, r2, last, _mm256_castsi256_pd(ones));
+    }
+    if (element<3>(r3.r) == 0.0)
         return false;
 
     // Back substitution, the four columns of I at once.
-    __m256d const x3 = _mm256_mul_pd(i3, _mm256_div_pd(one, p3));
-    __m256d const x2 =
-        _mm256_mul_pd(k2, _mm256_sub_pd(i2, _mm256_mul_pd(x3, _mm256_broadcast_sd(row2 + 3))));
-    __m256d const y1 = _mm256_sub_pd(i1, _mm256_mul_pd(x3, lane<3>(r1)));
-    __m256d y0 = _mm256_sub_pd(i0, _mm256_mul_pd(x3, lane<3>(r0)));
-    __m256d const x1 = _mm256_mul_pd(k1, _mm256_sub_pd(y1, _mm256_mul_pd(x2, lane<2>(r1))));
-    y0 = _mm256_sub_pd(y0, _mm256_mul_pd(x2, lane<2>(r0)));
-    __m256d const x0 = _mm256_mul_pd(k0, _mm256_sub_pd(y0, _mm256_mul_pd(x1, lane<1>(r0))));
+    __m256d const k3 = _mm256_set1_pd(1.0 / element<3>(r3.r));
+    __m256d const k2 = _mm256_set1_pd(1.0 / element<2>(r2.r));
+    __m256d const x3 = mul(r3.i, k3);
+    __m256d const x2 = mul(k2, sub(r2.i, mul(x3, lane<3>(r2.r))));
+    __m256d const y1 = sub(r1.i, mul(x3, lane<3>(r1.r)));
+    __m256d y0 = sub(r0.i, mul(x3, lane<3>(r0.r)));
+    __m256d const x1 = mul(k1, sub(y1, mul(x2, lane<2>(r1.r))));
+    y0 = sub(y0, mul(x2, lane<2>(r0.r)));
+    __m256d const x0 = mul(k0, sub(y0, mul(x1, lane<1>(r0.r))));
 
     _mm_storeu_ps(dst, _mm256_cvtpd_ps(x0));
     _mm_storeu_ps(dst + 4, _mm256_cvtpd_ps(x1));

@@ -2,13 +2,12 @@
 // baseline and an AVX2 version (private)
 //
 // The members multQuaternions, divQuaternionsU and quaternionToMatrix only choose between the
-// versions here, as MatrixKernels.h describes. Every product in these formulas is one of two
-// floats, exact in double, so the AVX2 versions fuse each into the following addition (a
-// subtraction adds the negated factor, negation being exact) and give the bits of the baseline.
+// versions here, as MatrixKernels.h describes; the AVX2 versions keep the baseline's bits and
+// exception flags as the AVX2 section there explains.
 #ifndef KDRCORE_KERNEL_QUATERNIONKERNELS_H
 #define KDRCORE_KERNEL_QUATERNIONKERNELS_H
 
-#include "SimdLevel.h" // same folder: the header is also compiled into the tests
+#include "MatrixKernels.h" // same folder: the header is also compiled into the tests
 
 #if KDRCORE_SIMD_X86
 #include <immintrin.h>
@@ -20,6 +19,15 @@ namespace kdrkernel {
 
 /// dst = a b (Hamilton product), or a times the conjugate of b; all inputs read before the first
 /// store, so dst may be a or b.
+// Makes v opaque to the optimiser. The four lines of the product below stay four scalar
+// computations: vectorisers pair a line that adds with one that subtracts by computing both
+// in each lane and keeping one, and the other can raise FE_INVALID (an infinity minus an
+// infinity) that no operation written here raises.
+#if defined(__x86_64__) && (defined(__GNUC__) || defined(__clang__))
+#define KDRCORE_OPAQUE(v) __asm__("" : "+x"(v))
+#else
+#define KDRCORE_OPAQUE(v) static_cast<void>(v)
+#endif
 template <bool conjugateB>
 [[gnu::noinline]] inline void multQuaternionsPlain(float * const dst, float const * const a,
                                                    float const * const b) {
@@ -29,10 +37,18 @@ template <bool conjugateB>
     double const b1 = conjugateB ? -static_cast<double>(b[1]) : static_cast<double>(b[1]);
     double const b2 = conjugateB ? -static_cast<double>(b[2]) : static_cast<double>(b[2]);
     double const b3 = conjugateB ? -static_cast<double>(b[3]) : static_cast<double>(b[3]);
-    dst[0] = static_cast<float>(a0 * b0 - a1 * b1 - a2 * b2 - a3 * b3);
-    dst[1] = static_cast<float>(a0 * b1 + a1 * b0 + a2 * b3 - a3 * b2);
-    dst[2] = static_cast<float>(a0 * b2 + a2 * b0 + a3 * b1 - a1 * b3);
-    dst[3] = static_cast<float>(a0 * b3 + a3 * b0 + a1 * b2 - a2 * b1);
+    double d0 = a0 * b0 - a1 * b1 - a2 * b2 - a3 * b3;
+    KDRCORE_OPAQUE(d0);
+    double d1 = a0 * b1 + a1 * b0 + a2 * b3 - a3 * b2;
+    KDRCORE_OPAQUE(d1);
+    double d2 = a0 * b2 + a2 * b0 + a3 * b1 - a1 * b3;
+    KDRCORE_OPAQUE(d2);
+    double d3 = a0 * b3 + a3 * b0 + a1 * b2 - a2 * b1;
+    KDRCORE_OPAQUE(d3);
+    dst[0] = static_cast<float>(d0);
+    dst[1] = static_cast<float>(d1);
+    dst[2] = static_cast<float>(d2);
+    dst[3] = static_cast<float>(d3);
 }
 
 /// The rotation matrix of q, with the diagonal in the w*w form (equal to 1 - 2(y*y + z*z) for
@@ -57,7 +73,7 @@ template <bool conjugateB>
     dst[15] = 1.0f;
 }
 
-// ---- AVX2 and FMA
+// ---- AVX2
 
 #if KDRCORE_SIMD_X86
 
@@ -69,29 +85,39 @@ template <int a, int b, int c, int d> KDRCORE_TARGET_AVX2 inline __m256d pick(__
 template <bool conjugateB>
 KDRCORE_TARGET_AVX2 inline void multQuaternionsAvx2(float * const dst, float const * const a,
                                                     float const * const b) {
-    __m256d const A = _mm256_cvtps_pd(_mm_loadu_ps(a));
-    __m256d B = _mm256_cvtps_pd(_mm_loadu_ps(b));
+    __m128 const fa = _mm_loadu_ps(a), fb = _mm_loadu_ps(b);
+    if (_mm_movemask_ps(_mm_cmpunord_ps(fa, fb)) != 0)
+        return multQuaternionsPlain<conjugateB>(dst, a, b);
+    __m256d const A = widen(fa);
+    __m256d B = widen(fb);
     if (conjugateB)
         B = _mm256_xor_pd(B, _mm256_setr_pd(0.0, -0.0, -0.0, -0.0));
+    // Lane 0 subtracts where the others add: it adds the product of the negated factor, which
+    // rounds and raises as the subtraction does (no input is a NaN here).
     __m256d const negFirst = _mm256_setr_pd(-0.0, 0.0, 0.0, 0.0);
     // Lane r is dst[r]: a0 b, then the three further terms of each line in their order.
-    __m256d s = _mm256_mul_pd(pick<0, 0, 0, 0>(A), B);
-    s = _mm256_fmadd_pd(_mm256_xor_pd(pick<1, 1, 2, 3>(A), negFirst), pick<1, 0, 0, 0>(B), s);
-    s = _mm256_fmadd_pd(_mm256_xor_pd(pick<2, 2, 3, 1>(A), negFirst), pick<2, 3, 1, 2>(B), s);
-    s = _mm256_fnmadd_pd(pick<3, 3, 1, 2>(A), pick<3, 2, 3, 1>(B), s);
+    __m256d s = mul(pick<0, 0, 0, 0>(A), B);
+    s = addProduct(s, _mm256_xor_pd(pick<1, 1, 2, 3>(A), negFirst), pick<1, 0, 0, 0>(B));
+    s = addProduct(s, _mm256_xor_pd(pick<2, 2, 3, 1>(A), negFirst), pick<2, 3, 1, 2>(B));
+    s = subProduct(s, pick<3, 3, 1, 2>(A), pick<3, 2, 3, 1>(B));
     _mm_storeu_ps(dst, _mm256_cvtpd_ps(s));
 }
 
-/// One column of the rotation: 2 (p1 p2 + q1 q2) - diagonal, lane 3 cleared.
+/// One column of the rotation: 2 (p1 p2 + q1 q2) - diagonal in lanes 0 to 2 (a difference comes
+/// as a negated factor in q1), 0 in lane 3. Lane 3 computes 4 w w - 0 from w in all four
+/// factors, which is exact and cannot overflow in double: it raises nothing, and is cleared.
 KDRCORE_TARGET_AVX2 inline __m128 rotationColumn(__m256d p1, __m256d p2, __m256d q1, __m256d q2,
                                                  __m256d diagonal) {
-    __m256d const s = _mm256_fmadd_pd(p1, p2, _mm256_mul_pd(q1, q2));
-    __m256d const c = _mm256_sub_pd(_mm256_add_pd(s, s), diagonal);
-    return _mm_blend_ps(_mm256_cvtpd_ps(c), _mm_setzero_ps(), 0x8);
+    __m256d const s = addProduct(mul(q1, q2), p1, p2);
+    __m256d const c = sub(add(s, s), diagonal);
+    return _mm256_cvtpd_ps(_mm256_blend_pd(c, _mm256_setzero_pd(), 0x8));
 }
 
 KDRCORE_TARGET_AVX2 inline void quaternionToMatrixAvx2(float * const dst, float const * const q) {
-    __m256d const Q = _mm256_cvtps_pd(_mm_loadu_ps(q)); // w, x, y, z
+    __m128 const fq = _mm_loadu_ps(q);
+    if (_mm_movemask_ps(_mm_cmpunord_ps(fq, fq)) != 0)
+        return quaternionToMatrixPlain(dst, q);
+    __m256d const Q = widen(fq); // w, x, y, z
     __m256d const neg0 = _mm256_setr_pd(-0.0, 0.0, 0.0, 0.0);
     __m256d const neg1 = _mm256_setr_pd(0.0, -0.0, 0.0, 0.0);
     __m256d const neg2 = _mm256_setr_pd(0.0, 0.0, -0.0, 0.0);

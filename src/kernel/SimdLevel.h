@@ -2,9 +2,9 @@
 //
 // The library is built for baseline x86-64. Hot operations carry extra versions compiled for
 // AVX2 with FMA and for AVX-512, chosen at run time from the CPU's features. Every version gives
-// the bits of the baseline code: products of two floats are exact in double, so a fused
-// multiply-add of widened floats rounds as the separate multiply and add do, and every other sum
-// keeps its grouping and its rounding at each step.
+// the bits of the baseline code: products of two floats are exact in double, and every sum keeps
+// its grouping and its rounding at each step. The kernel's versions also read only what the
+// baseline reads and raise the same floating-point exception flags (MatrixKernels.h says how).
 #ifndef KDRCORE_KERNEL_SIMDLEVEL_H
 #define KDRCORE_KERNEL_SIMDLEVEL_H
 
