@@ -25,7 +25,7 @@ c++ -std=c++17 tests/install/consumer.cpp \
 "$root/consumer-pc"
 # Both consumers ran on the packaged library, not on one installed elsewhere.
 for program in "$root/consumer-cmake/consumer" "$root/consumer-pc"; do
-    ldd "$program" | grep -q "$libdir/libKDRCore.so.1 " ||
+    grep -q "$libdir/libKDRCore.so.1 " <<<"$(ldd "$program")" ||
         { echo "FAILED: $program did not load the packaged library"; exit 1; }
 done
 echo "packages: $(cd build/package/packages && echo *.deb): lintian clean, consumers ok"

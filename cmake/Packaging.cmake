@@ -29,9 +29,9 @@ configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/changelog.in
 find_program(KDRCORE_GZIP gzip REQUIRED)
 execute_process(COMMAND ${KDRCORE_GZIP} -9nf ${PROJECT_BINARY_DIR}/debian/changelog.Debian
                 COMMAND_ERROR_IS_FATAL ANY)
-set(components runtime development)
-set(packages ${KDRCORE_DEB_RUNTIME} ${KDRCORE_DEB_DEV})
-foreach(component package IN ZIP_LISTS components packages)
+set(kdrcore_deb_components runtime development)
+set(kdrcore_deb_packages ${KDRCORE_DEB_RUNTIME} ${KDRCORE_DEB_DEV})
+foreach(component package IN ZIP_LISTS kdrcore_deb_components kdrcore_deb_packages)
     install(FILES ${CMAKE_CURRENT_LIST_DIR}/debian/copyright
                   ${PROJECT_BINARY_DIR}/debian/changelog.Debian.gz
             DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/${package}
@@ -73,8 +73,10 @@ set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS_POLICY ">=")
 # CMake 3.25 writes its md5sums with build-tree paths and gives it no copyright file, two lintian
 # errors.
 set(CPACK_STRIP_FILES ON)
-# dpkg's ldconfig trigger, not maintainer scripts, runs ldconfig after the library is installed.
-configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/triggers ${PROJECT_BINARY_DIR}/debian/triggers COPYONLY)
+# dpkg's ldconfig trigger (activate-noawait ldconfig) runs ldconfig once the library is installed
+# or removed. CPack adds its own postinst and postrm calls as well (see the lintian overrides).
+configure_file(${CMAKE_CURRENT_LIST_DIR}/debian/triggers ${PROJECT_BINARY_DIR}/debian/triggers
+               COPYONLY)
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/debian/triggers)
 set(CPACK_COMPONENT_RUNTIME_DESCRIPTION "single-precision 3D maths, geometry and containers (library)
 KDRCore is the support library at the bottom of a 3D graphics application:
