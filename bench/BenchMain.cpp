@@ -133,6 +133,12 @@ public:
         std::fflush(out);
         std::fprintf(out, "\nCPU: %s\nCPU features:%s\n", cpuModel().c_str(),
                      cpuFeatures().c_str());
+#ifdef KDRCORE_BENCH_MISSING_PEERS
+        std::fprintf(out,
+                     "Peers not found when this program was configured, left out of the table: "
+                     "%s.\n",
+                     KDRCORE_BENCH_MISSING_PEERS);
+#endif
         std::fprintf(out,
                      "Time of one operation, median over the repetitions of this run (CPU time);"
                      " ratio = KDRCore / peer.\n\n");
@@ -210,6 +216,10 @@ int main(int argc, char ** argv) {
     kdrbench::registerGeometryBenchmarks();
     kdrbench::registerSolverBenchmarks();
     kdrbench::registerContainerBenchmarks();
+#ifdef KDRCORE_BENCH_MISSING_PEERS
+    std::fprintf(stderr, "Peers left out of this run (not found when configured): %s.\n",
+                 KDRCORE_BENCH_MISSING_PEERS);
+#endif
     TableReporter reporter(verbose);
     benchmark::RunSpecifiedBenchmarks(&reporter);
     benchmark::Shutdown();

@@ -45,6 +45,27 @@ void placeRows(const Column & column, const unsigned int * counts, const int * i
     }
 }
 
+// Appends `count` columns over `data`, `data + 1`, ... with the same stride to the sorter's
+// array `columns` of `numColumns` entries. The array is reallocated to exactly the new size, no
+// growth margin; a failed allocation leaves both unchanged.
+void appendColumns(Column *& columns, unsigned int & numColumns, const unsigned char * data,
+                   unsigned int count, unsigned int stride) {
+    if (count == 0)
+        return;
+    const unsigned long long total =
+        static_cast<unsigned long long>(numColumns) + static_cast<unsigned long long>(count);
+    if (total > 0xFFFFFFFFull)
+        throw std::bad_array_new_length(); // the count would overflow: no such array
+    Column * const grown = new Column[total];
+    for (unsigned int i = 0; i < numColumns; ++i)
+        grown[i] = columns[i];
+    for (unsigned int i = 0; i < count; ++i)
+        grown[numColumns + i] = Column{data + i, stride};
+    delete[] columns;
+    columns = grown;
+    numColumns = static_cast<unsigned int>(total);
+}
+
 } // namespace
 
 BinarySort::BinarySort() : m_numColumns(0), m_columns(nullptr) {}
@@ -53,31 +74,12 @@ BinarySort::~BinarySort() {
     delete[] m_columns;
 }
 
-void BinarySort::appendColumns(const unsigned char * data, unsigned int count,
-                               unsigned int stride) {
-    if (count == 0)
-        return;
-    const unsigned long long total =
-        static_cast<unsigned long long>(m_numColumns) + static_cast<unsigned long long>(count);
-    if (total > 0xFFFFFFFFull)
-        throw std::bad_array_new_length(); // the count would overflow: no such array
-    // Exactly the new size, no growth margin.
-    Column * const grown = new Column[total];
-    for (unsigned int i = 0; i < m_numColumns; ++i)
-        grown[i] = m_columns[i];
-    for (unsigned int i = 0; i < count; ++i)
-        grown[m_numColumns + i] = Column{data + i, stride};
-    delete[] m_columns;
-    m_columns = grown;
-    m_numColumns = static_cast<unsigned int>(total);
-}
-
 void BinarySort::addItem(const unsigned char * data, unsigned int size) {
-    appendColumns(data, size, size);
+    appendColumns(m_columns, m_numColumns, data, size, size);
 }
 
 void BinarySort::addColumn(const unsigned char * data) {
-    appendColumns(data, 1, 1);
+    appendColumns(m_columns, m_numColumns, data, 1, 1);
 }
 
 // Least significant column first, one stable counting pass per column. A column in which every

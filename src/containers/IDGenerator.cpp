@@ -9,6 +9,31 @@ namespace {
 constexpr int FULL_START = 1;
 constexpr int FULL_COUNT = 0x7FFFFFFE;
 
+// Deletes the list of ranges from `first` on (a generator owns its nodes).
+void freeRanges(s_IDRange * first) {
+    while (first != nullptr) {
+        s_IDRange * const next = first->m_next;
+        delete first;
+        first = next;
+    }
+}
+
+// A copy of the list from `first` on; on a failed allocation nothing is kept and it rethrows.
+s_IDRange * copyRanges(const s_IDRange * first) {
+    s_IDRange * head = nullptr;
+    s_IDRange ** link = &head;
+    try {
+        for (const s_IDRange * r = first; r != nullptr; r = r->m_next) {
+            *link = new s_IDRange{r->m_start, r->m_count, nullptr};
+            link = &(*link)->m_next;
+        }
+    } catch (...) {
+        freeRanges(head);
+        throw;
+    }
+    return head;
+}
+
 } // namespace
 
 // A range ends (m_start + m_count) at 2147483648 at most, once freeID has given 2147483647 back:
@@ -34,29 +59,6 @@ const IDGenerator & IDGenerator::operator=(const IDGenerator & other) {
         m_freeRanges = copy;
     }
     return *this;
-}
-
-s_IDRange * IDGenerator::copyRanges(const s_IDRange * first) {
-    s_IDRange * head = nullptr;
-    s_IDRange ** link = &head;
-    try {
-        for (const s_IDRange * r = first; r != nullptr; r = r->m_next) {
-            *link = new s_IDRange{r->m_start, r->m_count, nullptr};
-            link = &(*link)->m_next;
-        }
-    } catch (...) {
-        freeRanges(head);
-        throw;
-    }
-    return head;
-}
-
-void IDGenerator::freeRanges(s_IDRange * first) {
-    while (first != nullptr) {
-        s_IDRange * const next = first->m_next;
-        delete first;
-        first = next;
-    }
 }
 
 void IDGenerator::clear() {

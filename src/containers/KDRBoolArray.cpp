@@ -85,6 +85,84 @@ template <class F> void forEachBit(const byte * p, int bits, bool value, F f) {
             f(8 * full + std::countr_zero(x));
 }
 
+// Points an array's storage fields at `count` bytes from allocateStorage().
+void setStorage(byte *& bytes, byte *& bytesEnd, byte * storage, int count) {
+    bytes = storage;
+    bytesEnd = storage + count;
+}
+
+// Sets or clears the bits [from, to) of the storage at `bytes`; nothing when from >= to.
+void fillBits(byte * bytes, int from, int to, bool value) {
+    if (from >= to)
+        return;
+    const int first = from >> 3;
+    const int last = (to - 1) >> 3;
+    const byte headMask = highMask(from & 7);
+    const byte tailMask = lowMask(((to - 1) & 7) + 1);
+    if (first == last) {
+        applyMask(bytes[first], static_cast<byte>(headMask & tailMask), value);
+        return;
+    }
+    applyMask(bytes[first], headMask, value);
+    std::memset(bytes + first + 1, fillByte(value), static_cast<std::size_t>(last - first - 1));
+    applyMask(bytes[last], tailMask, value);
+}
+
+// Set bits among the first `bits` bits of the storage at `bytes`.
+int countSet(const byte * bytes, int bits) {
+    if (bits <= 0)
+        return 0;
+    int n = countBytes(bytes, bits >> 3);
+    if ((bits & 7) != 0)
+        n += std::popcount(static_cast<unsigned>(bytes[bits >> 3] & lowMask(bits & 7)));
+    return n;
+}
+
+// Union (or, `exclusive`, exclusive or) of an array's fields `bytes`, `bytesEnd`, `size` with
+// the bits of another array, as KDRBoolArray::set(other) and toggle(other) document it. The
+// other array's fields are read before any is written, so it may be the same array.
+void combine(byte *& bytes, byte *& bytesEnd, int & size, const byte * otherBytes, int otherSize,
+             bool exclusive) {
+    if (otherSize <= 0)
+        return;
+    const bool otherLonger = otherSize > size;
+    const int longSize = otherLonger ? otherSize : size;
+    const int shortSize = otherLonger ? size : otherSize;
+    const byte * src = bytes;
+    const byte * o = otherBytes;
+    byte * dst = bytes;
+    const int newCount = bytesFor(otherSize);
+    const bool grow = newCount > static_cast<int>(bytesEnd - bytes);
+    if (grow)
+        dst = allocateStorage(newCount);
+
+    // Whole bytes of the common range read the old storage and write the new one.
+    const int full = shortSize >> 3;
+    for (int j = 0; j < full; ++j)
+        dst[j] = static_cast<byte>(exclusive ? src[j] ^ o[j] : src[j] | o[j]);
+    int next = full;
+    if ((shortSize & 7) != 0) {
+        // Only the shorter array's bits below the common size count in the partial byte.
+        const byte mask = lowMask(shortSize & 7);
+        const byte longByte = otherLonger ? o[full] : src[full];
+        const byte shortByte = static_cast<byte>((otherLonger ? src[full] : o[full]) & mask);
+        dst[full] = static_cast<byte>(exclusive ? longByte ^ shortByte : longByte | shortByte);
+        next = full + 1;
+    }
+    // The rest of the longer array's used bytes, as they are (already in place when this is the
+    // longer array, since then no growth happens).
+    const int used = bytesFor(longSize);
+    if (otherLonger && used > next)
+        std::memmove(dst + next, o + next, static_cast<std::size_t>(used - next));
+
+    if (grow) {
+        if (bytesEnd > bytes)
+            delete[](bytes - 1);
+        setStorage(bytes, bytesEnd, dst, newCount);
+    }
+    size = longSize;
+}
+
 } // namespace
 
 unsigned char KDRBoolArray::s_emptyBytes[2] = {1, 1};
@@ -124,17 +202,12 @@ void KDRBoolArray::swap(KDRBoolArray & other) {
     std::swap(m_size, other.m_size);
 }
 
-void KDRBoolArray::setStorage(unsigned char * bytes, int count) {
-    m_bytes = bytes;
-    m_bytesEnd = bytes + count;
-}
-
 void KDRBoolArray::copy(const KDRBoolArray & other, bool spareValue) {
     const int size = std::max(other.m_size, 0);
     const int used = bytesFor(size);
     if (used > storageBytes()) {
         freeData();
-        setStorage(allocateStorage(used), used);
+        setStorage(m_bytes, m_bytesEnd, allocateStorage(used), used);
     }
     if (m_bytes != other.m_bytes && used > 0)
         std::memcpy(m_bytes, other.m_bytes, static_cast<std::size_t>(used));
@@ -149,7 +222,7 @@ void KDRBoolArray::assign(int n, bool value) {
     n = std::max(n, 0);
     if (bytesFor(n) > storageBytes()) {
         freeData();
-        setStorage(allocateStorage(bytesFor(n)), bytesFor(n));
+        setStorage(m_bytes, m_bytesEnd, allocateStorage(bytesFor(n)), bytesFor(n));
     }
     m_size = n;
     std::memset(m_bytes, fillByte(value), static_cast<std::size_t>(storageBytes()));
@@ -159,7 +232,7 @@ void KDRBoolArray::assign(int n, const char * bytes) {
     n = std::max(n, 0);
     if (bytesFor(n) > storageBytes()) {
         freeData();
-        setStorage(allocateStorage(bytesFor(n)), bytesFor(n));
+        setStorage(m_bytes, m_bytesEnd, allocateStorage(bytesFor(n)), bytesFor(n));
     }
     m_size = n;
     if (n > 0)
@@ -188,7 +261,7 @@ void KDRBoolArray::resize(int n, bool value) {
             applyMask(bytes[used - 1], highMask(m_size & 7), value);
         if (m_bytesEnd > m_bytes)
             delete[](m_bytes - 1);
-        setStorage(bytes, newCount);
+        setStorage(m_bytes, m_bytesEnd, bytes, newCount);
         m_size = n;
         return;
     }
@@ -196,26 +269,10 @@ void KDRBoolArray::resize(int n, bool value) {
         return; // no storage and n <= 0
     n = std::max(n, 0);
     if (n > m_size)
-        fillBits(m_size, n, value);
+        fillBits(m_bytes, m_size, n, value);
     std::memset(m_bytes + newCount, fillByte(value),
                 static_cast<std::size_t>(storageBytes() - newCount));
     m_size = n;
-}
-
-void KDRBoolArray::fillBits(int from, int to, bool value) {
-    if (from >= to)
-        return;
-    const int first = from >> 3;
-    const int last = (to - 1) >> 3;
-    const byte headMask = highMask(from & 7);
-    const byte tailMask = lowMask(((to - 1) & 7) + 1);
-    if (first == last) {
-        applyMask(m_bytes[first], static_cast<byte>(headMask & tailMask), value);
-        return;
-    }
-    applyMask(m_bytes[first], headMask, value);
-    std::memset(m_bytes + first + 1, fillByte(value), static_cast<std::size_t>(last - first - 1));
-    applyMask(m_bytes[last], tailMask, value);
 }
 
 namespace {
@@ -251,7 +308,7 @@ void KDRBoolArray::set(int start, int count) {
     const int end = start + std::max(count, 1);
     if (m_size < end)
         resize(end, false);
-    fillBits(start, end, true);
+    fillBits(m_bytes, start, end, true);
 }
 
 void KDRBoolArray::clear(int start, int count) {
@@ -260,7 +317,7 @@ void KDRBoolArray::clear(int start, int count) {
     const int end = start + std::max(count, 1);
     if (m_size < end)
         resize(end, false);
-    fillBits(start, end, false);
+    fillBits(m_bytes, start, end, false);
 }
 
 void KDRBoolArray::set(int count, const int * indexes) {
@@ -290,11 +347,11 @@ void KDRBoolArray::set(const KDRArray<int> & indexes) {
 }
 
 void KDRBoolArray::setAll() {
-    fillBits(0, m_size, true);
+    fillBits(m_bytes, 0, m_size, true);
 }
 
 void KDRBoolArray::clearAll() {
-    fillBits(0, m_size, false);
+    fillBits(m_bytes, 0, m_size, false);
 }
 
 void KDRBoolArray::inverse() {
@@ -312,53 +369,12 @@ void KDRBoolArray::toggleAll() {
         *p = static_cast<byte>(~*p);
 }
 
-void KDRBoolArray::combine(const KDRBoolArray & other, bool exclusive) {
-    if (other.m_size <= 0)
-        return;
-    const bool otherLonger = other.m_size > m_size;
-    const int longSize = otherLonger ? other.m_size : m_size;
-    const int shortSize = otherLonger ? m_size : other.m_size;
-    const byte * src = m_bytes;
-    const byte * o = other.m_bytes;
-    byte * dst = m_bytes;
-    const int newCount = bytesFor(other.m_size);
-    const bool grow = newCount > storageBytes();
-    if (grow)
-        dst = allocateStorage(newCount);
-
-    // Whole bytes of the common range read the old storage and write the new one.
-    const int full = shortSize >> 3;
-    for (int j = 0; j < full; ++j)
-        dst[j] = static_cast<byte>(exclusive ? src[j] ^ o[j] : src[j] | o[j]);
-    int next = full;
-    if ((shortSize & 7) != 0) {
-        // Only the shorter array's bits below the common size count in the partial byte.
-        const byte mask = lowMask(shortSize & 7);
-        const byte longByte = otherLonger ? o[full] : src[full];
-        const byte shortByte = static_cast<byte>((otherLonger ? src[full] : o[full]) & mask);
-        dst[full] = static_cast<byte>(exclusive ? longByte ^ shortByte : longByte | shortByte);
-        next = full + 1;
-    }
-    // The rest of the longer array's used bytes, as they are (already in place when this is the
-    // longer array, since then no growth happens).
-    const int used = bytesFor(longSize);
-    if (otherLonger && used > next)
-        std::memmove(dst + next, o + next, static_cast<std::size_t>(used - next));
-
-    if (grow) {
-        if (m_bytesEnd > m_bytes)
-            delete[](m_bytes - 1);
-        setStorage(dst, newCount);
-    }
-    m_size = longSize;
-}
-
 void KDRBoolArray::set(const KDRBoolArray & other) {
-    combine(other, false);
+    combine(m_bytes, m_bytesEnd, m_size, other.m_bytes, other.m_size, false);
 }
 
 void KDRBoolArray::toggle(const KDRBoolArray & other) {
-    combine(other, true);
+    combine(m_bytes, m_bytesEnd, m_size, other.m_bytes, other.m_size, true);
 }
 
 void KDRBoolArray::inter(const KDRBoolArray & other) {
@@ -446,17 +462,8 @@ bool KDRBoolArray::operator==(const KDRBoolArray & other) const {
     return ((m_bytes[full] ^ other.m_bytes[full]) & lowMask(m_size & 7)) == 0;
 }
 
-int KDRBoolArray::countSet(int bits) const {
-    if (bits <= 0)
-        return 0;
-    int n = countBytes(m_bytes, bits >> 3);
-    if ((bits & 7) != 0)
-        n += std::popcount(static_cast<unsigned>(m_bytes[bits >> 3] & lowMask(bits & 7)));
-    return n;
-}
-
 int KDRBoolArray::getNumberOfBitSet() const {
-    return countSet(m_size);
+    return countSet(m_bytes, m_size);
 }
 
 int KDRBoolArray::findFirst(bool value, int start) const {

@@ -1,6 +1,28 @@
 // KDRKeyArray.cpp - the keyed array: position table maintenance
 #include "kdrcore/containers/KDRKeyArray.h"
 
+namespace {
+
+// The position-table entry for `key`: -1 for a negative key or one beyond the table.
+int getKeyIndex(const KDRArray<int> & keyIndexes, int key) {
+    if (key < 0 || key >= keyIndexes.size())
+        return -1;
+    return keyIndexes[static_cast<std::size_t>(key)];
+}
+
+// Writes the table entry for `key`, growing the table with -1 entries to reach it. False, with
+// nothing changed, for a negative key.
+bool setKeyIndex(KDRArray<int> & keyIndexes, int key, int index) {
+    if (key < 0)
+        return false;
+    if (key >= keyIndexes.size())
+        keyIndexes.resize(static_cast<std::size_t>(key) + 1, -1);
+    keyIndexes[static_cast<std::size_t>(key)] = index;
+    return true;
+}
+
+} // namespace
+
 const KDRKeyArray & KDRKeyArray::operator=(const KDRKeyArray & other) {
     if (this != &other) {
         m_keys = other.m_keys;
@@ -26,7 +48,7 @@ KDRKey * KDRKeyArray::getKey(int index) const {
 }
 
 KDRKey * KDRKeyArray::findKey(int key) const {
-    const int i = getKeyIndex(key);
+    const int i = getKeyIndex(m_keyIndexes, key);
     if (i < 0 || i >= m_keys.size())
         return nullptr;
     return m_keys[static_cast<std::size_t>(i)];
@@ -34,13 +56,13 @@ KDRKey * KDRKeyArray::findKey(int key) const {
 
 bool KDRKeyArray::addKey(KDRKey * key) {
     const int k = key != nullptr ? key->getKey() : -1;
-    const int i = getKeyIndex(k);
+    const int i = getKeyIndex(m_keyIndexes, k);
     if (i != -1) {
         // The key is in use: the former object just leaves the array.
         m_keys[static_cast<std::size_t>(i)] = key;
         return true;
     }
-    if (!setKeyIndex(k, m_keys.size()))
+    if (!setKeyIndex(m_keyIndexes, k, m_keys.size()))
         return false;
     m_keys.push_back(key);
     return true;
@@ -48,7 +70,7 @@ bool KDRKeyArray::addKey(KDRKey * key) {
 
 bool KDRKeyArray::removeKey(KDRKey * key) {
     const int k = key != nullptr ? key->getKey() : -1;
-    const int i = getKeyIndex(k);
+    const int i = getKeyIndex(m_keyIndexes, k);
     if (i == -1)
         return false;
     m_keyIndexes[static_cast<std::size_t>(k)] = -1;
@@ -57,20 +79,5 @@ bool KDRKeyArray::removeKey(KDRKey * key) {
     for (int & index : m_keyIndexes)
         if (index > i)
             --index;
-    return true;
-}
-
-int KDRKeyArray::getKeyIndex(int key) const {
-    if (key < 0 || key >= m_keyIndexes.size())
-        return -1;
-    return m_keyIndexes[static_cast<std::size_t>(key)];
-}
-
-bool KDRKeyArray::setKeyIndex(int key, int index) {
-    if (key < 0)
-        return false;
-    if (key >= m_keyIndexes.size())
-        m_keyIndexes.resize(static_cast<std::size_t>(key) + 1, -1);
-    m_keyIndexes[static_cast<std::size_t>(key)] = index;
     return true;
 }

@@ -43,8 +43,6 @@ public:
     int getUniqueRows(int numRows, const int * sortedRows, unsigned char * flags) const;
 
 private:
-    void appendColumns(const unsigned char * data, unsigned int count, unsigned int stride);
-
     unsigned int m_numColumns;
     Column * m_columns; // m_numColumns columns in order of addition, null when there are none
 };

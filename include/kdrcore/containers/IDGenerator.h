@@ -52,8 +52,6 @@ public:
 
 private:
     int generateIDSlow();
-    static s_IDRange * copyRanges(const s_IDRange * first);
-    static void freeRanges(s_IDRange * first);
 
     s_IDRange * m_freeRanges;
 };

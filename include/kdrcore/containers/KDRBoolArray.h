@@ -161,10 +161,6 @@ protected:
 private:
     static int bit(int i) { return 1 << (i & 7); }
     int storageBytes() const { return static_cast<int>(m_bytesEnd - m_bytes); }
-    void setStorage(unsigned char * bytes, int count);
-    void fillBits(int from, int to, bool value);
-    void combine(const KDRBoolArray & other, bool exclusive);
-    int countSet(int bits) const;
 
     static unsigned char s_emptyBytes[2]; // {1, 1}: the guards of every array without storage
 

@@ -60,9 +60,6 @@ public:
     bool removeKey(KDRKey * key);
 
 private:
-    int getKeyIndex(int key) const;
-    bool setKeyIndex(int key, int index);
-
     KDRArray<KDRKey *> m_keys;  // objects in order of addition, dense
     KDRArray<int> m_keyIndexes; // by key value: position in m_keys, or -1
 };
