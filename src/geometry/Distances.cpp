@@ -161,7 +161,7 @@ float distancePointPointSet(Vector3f const & point, KDRArray<Vector3f> const & s
     int best = 0;
     float bestDistance = distancePointPoint(point, set[0]);
     for (int i = 1; i < count; ++i) {
-        float const d = distancePointPoint(point, set[i]);
+        float const d = distancePointPoint(point, set.begin()[i]);
         if (d < bestDistance) { // strictly: of equally near elements the first one stays
             bestDistance = d;
             best = i;
