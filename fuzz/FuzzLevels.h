@@ -8,8 +8,8 @@
 #ifndef KDRCORE_FUZZ_FUZZLEVELS_H
 #define KDRCORE_FUZZ_FUZZLEVELS_H
 
-#if __has_include("kernel/SimdLevel.h")
-#include "kernel/SimdLevel.h"
+#if __has_include("detail/SimdLevel.h")
+#include "detail/SimdLevel.h"
 #define KDRCORE_FUZZ_LEVELS 1
 #else
 #define KDRCORE_FUZZ_LEVELS 0
@@ -21,12 +21,13 @@ namespace fuzz {
 /// to that level; afterwards the library is back at the level it detects.
 template <class Body> void forEachLevel(Body body) {
 #if KDRCORE_FUZZ_LEVELS
-    const int top = kdrsimd::detectLevel();
+    using namespace kdrcore::detail;
+    SimdLevel const top = detectSimdLevel();
     for (int level = 0; level <= top; ++level) {
-        kdrsimd::g_level.store(level);
+        setSimdLevel(static_cast<SimdLevel>(level));
         body(level);
     }
-    kdrsimd::g_level.store(top);
+    setSimdLevel(top);
 #else
     body(0);
 #endif

@@ -64,7 +64,7 @@ byte * allocateStorage(int count) {
 
 // Number of bits set in bytes [0, count): BitCount.h, with POPCNT where the processor has it.
 int countBytes(const byte * p, int count) {
-    return kdrbits::countBits(p, count);
+    return kdrcore::detail::countBits(p, count);
 }
 
 // Calls f(index) for each bit equal to `value` among the first `bits` bits, ascending.

@@ -1,17 +1,17 @@
 // BoundingBox.cpp - box transformation, camera projection of points and boxes, screen tests
 #include "kdrcore/geometry/BoundingBox.h"
 
+#include "detail/Wide.h"
+
 #include "kdrcore/geometry/GeomQueries.h"
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
 
-namespace {
+using kdrcore::detail::wide;
 
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
+namespace {
 
 /// Writes corner `i` (0 to 7) of the box [lo, hi]: z is the fastest digit, then y, then x, digit 0
 /// taking `lo` and digit 1 `hi`.

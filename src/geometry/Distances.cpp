@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-using namespace kdrcore::geomwide;
+using namespace kdrcore::detail;
 
 float distancePointPoint(Vector3f const & a, Vector3f const & b) {
     V3d const d = wide(a) - wide(b);

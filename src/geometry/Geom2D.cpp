@@ -1,15 +1,15 @@
 // Geom2D.cpp - intersections, distances and point-in-polygon in the plane
 #include "kdrcore/geometry/Geom2D.h"
 
+#include "detail/Wide.h"
+
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
 
-namespace {
+using kdrcore::detail::wide;
 
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
+namespace {
 
 /// u x v of the 2D vectors (ux, uy) and (vx, vy), unrounded.
 inline double cross2(double ux, double uy, double vx, double vy) {

@@ -2,21 +2,14 @@
 #ifndef KDRCORE_SRC_GEOMETRY_GEOMWIDE_H
 #define KDRCORE_SRC_GEOMETRY_GEOMWIDE_H
 
-#include "../types/RoundedFloat.h"
+#include "detail/Wide.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Vector.h"
 
 #include <cmath>
 
-namespace kdrcore::geomwide {
-
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-inline float narrow(double v) {
-    return static_cast<float>(v);
-}
+namespace kdrcore::detail {
 
 /// An intermediate vector of the geometry code, held unrounded. Only values the text of a query
 /// calls rounded (out-parameters, fields, kernel operands) become Vector3f.
@@ -57,6 +50,6 @@ inline Vector3f kernelCross(Vector3f const & a, Vector3f const & b) {
     return out;
 }
 
-} // namespace kdrcore::geomwide
+} // namespace kdrcore::detail
 
 #endif // KDRCORE_SRC_GEOMETRY_GEOMWIDE_H

@@ -6,7 +6,7 @@
 
 #include <cmath>
 
-using namespace kdrcore::geomwide;
+using namespace kdrcore::detail;
 
 _e_geomInfo interLinePlane(Vector3f & out, float & t, KDRLine const & line, Plane const & plane) {
     double const dn = Vector3f::dotD(line.m_dir, plane.m_normal);

@@ -7,7 +7,7 @@
 
 #include <cmath>
 
-using namespace kdrcore::geomwide;
+using namespace kdrcore::detail;
 
 namespace {
 // The one rule of KDRLine::setDir and Plane::setNormal: `target` takes `v` scaled to unit length

@@ -1,11 +1,9 @@
 // The kernel frame: the current-kernel mechanism and the simplest operations.
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
-namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-} // namespace
+#include "detail/Wide.h"
+
+using kdrcore::detail::wide;
 
 // Load-time initialisers, in this order within this file: first the default kernel, then the seed
 // table of the fast square roots (which the kernel's constructor has already built). getCurrent()

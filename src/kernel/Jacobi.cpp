@@ -1,16 +1,15 @@
 // Eigen-decomposition of a symmetric 3x3 block by cyclic Jacobi rotations, and the polar
 // factorisation of an affine matrix built on it.
+#include "detail/Wide.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
 
+using kdrcore::detail::narrow;
+using kdrcore::detail::wide;
+
 namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-inline float narrow(double v) {
-    return static_cast<float>(v);
-}
 
 // Off-diagonal elements below this share of their sum are skipped in the first three sweeps: the
 // float 0.2 divided by 9.

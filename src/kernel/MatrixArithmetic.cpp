@@ -2,22 +2,19 @@
 // with vectors, determinants and the affine family. All of them are leaves: they call nothing of
 // the kernel. Every element is computed at double width and rounded once, where it is stored.
 //
-// The products with the most traffic live in MatrixKernels.h, in a baseline and an AVX2 version
+// The products with the most traffic live in SimdKernels.h, in a baseline and an AVX2 version
 // with the same bits; their members here only choose the version the CPU can run.
-#include "kernel/MatrixKernels.h"
+#include "detail/Wide.h"
+#include "kernel/SimdKernels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
 
-namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
+using kdrcore::detail::narrow;
+using kdrcore::detail::wide;
 
-inline float narrow(double v) {
-    return static_cast<float>(v);
-}
+namespace {
 
 // Determinant of three 3-vectors, expanded along the components of `a`. Products of three floats
 // are not exact in double, so the grouping below is part of the result.
@@ -70,19 +67,19 @@ void EnhancedMathFunctions::transpose(float * const dst, float const * const src
 void EnhancedMathFunctions::multMatrices(float * const dst, float const * const a,
                                          float const * const b) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::multMatricesAvx2(dst, a, b);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::multMatricesAvx2(dst, a, b);
 #endif
-    kdrkernel::multMatricesPlain(dst, a, b);
+    kdrcore::detail::multMatricesPlain(dst, a, b);
 }
 
 void EnhancedMathFunctions::multMatrixVec3f(float * const dst, float const * const m,
                                             float const * const v) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::multMatrixVec3fAvx2(dst, m, v);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::multMatrixVec3fAvx2(dst, m, v);
 #endif
-    kdrkernel::multMatrixVec3fPlain(dst, m, v);
+    kdrcore::detail::multMatrixVec3fPlain(dst, m, v);
 }
 
 void EnhancedMathFunctions::multMatrixVec4f(float * const dst, float const * const m,
@@ -120,19 +117,19 @@ float EnhancedMathFunctions::det3(float const * const m) const {
 void EnhancedMathFunctions::multAffineMatrices(float * const dst, float const * const a,
                                                float const * const b) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::multAffineMatricesAvx2(dst, a, b);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::multAffineMatricesAvx2(dst, a, b);
 #endif
-    kdrkernel::multAffineMatricesPlain(dst, a, b);
+    kdrcore::detail::multAffineMatricesPlain(dst, a, b);
 }
 
 void EnhancedMathFunctions::multAffineMatrixVec3f(float * const dst, float const * const m,
                                                   float const * const v) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::multAffineMatrixVec3fAvx2(dst, m, v);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::multAffineMatrixVec3fAvx2(dst, m, v);
 #endif
-    kdrkernel::multAffineMatrixVec3fPlain(dst, m, v);
+    kdrcore::detail::multAffineMatrixVec3fPlain(dst, m, v);
 }
 
 void EnhancedMathFunctions::multAffineMatrixVec3fAsDir(float * const dst, float const * const m,

@@ -1,28 +1,21 @@
 // Matrix inversion in the kernel: the general Gauss-Jordan inverse and the cheap inverses of
 // matrices whose form the caller knows (scale, translation, rotation, rigid motion).
-#include "kernel/MatrixKernels.h"
+#include "detail/Wide.h"
+#include "kernel/SimdKernels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
 
-namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-
-inline float narrow(double v) {
-    return static_cast<float>(v);
-}
-
-} // namespace
+using kdrcore::detail::narrow;
+using kdrcore::detail::wide;
 
 bool EnhancedMathFunctions::inverseMatrix(float * const dst, float const * const src) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::inverseMatrixAvx2(dst, src);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::inverseMatrixAvx2(dst, src);
 #endif
-    return kdrkernel::inverseMatrixPlain(dst, src);
+    return kdrcore::detail::inverseMatrixPlain(dst, src);
 }
 
 // Both go through the table, so that a replacement of inverseMatrix serves them too.

@@ -4,17 +4,14 @@
 // Each result is formed at double width and rounded once, where it is stored. Operations that may
 // write over an input read every element they need before the first store (the products), or
 // work strictly element by element (the sums, the conjugate, the interpolations).
-#include "kernel/QuaternionKernels.h"
+#include "detail/Wide.h"
+#include "kernel/SimdKernels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
 
-namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-} // namespace
+using kdrcore::detail::wide;
 
 void EnhancedMathFunctions::addQuaternions(float * const dst, float const * const a,
                                            float const * const b) const {
@@ -28,24 +25,24 @@ void EnhancedMathFunctions::subQuaternions(float * const dst, float const * cons
         dst[i] = static_cast<float>(wide(a[i]) - wide(b[i]));
 }
 
-// The products live in QuaternionKernels.h, in a baseline and an AVX2 version with the same bits.
+// The products live in SimdKernels.h, in a baseline and an AVX2 version with the same bits.
 void EnhancedMathFunctions::multQuaternions(float * const dst, float const * const a,
                                             float const * const b) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::multQuaternionsAvx2<false>(dst, a, b);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::multQuaternionsAvx2(dst, a, b);
 #endif
-    kdrkernel::multQuaternionsPlain<false>(dst, a, b);
+    kdrcore::detail::multQuaternionsPlain(dst, a, b);
 }
 
 // The product with the conjugate of b, which stands for its inverse when b has length 1.
 void EnhancedMathFunctions::divQuaternionsU(float * const dst, float const * const a,
                                             float const * const b) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::multQuaternionsAvx2<true>(dst, a, b);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::divQuaternionsUAvx2(dst, a, b);
 #endif
-    kdrkernel::multQuaternionsPlain<true>(dst, a, b);
+    kdrcore::detail::divQuaternionsUPlain(dst, a, b);
 }
 
 void EnhancedMathFunctions::conjugateQuaternion(float * const dst, float const * const q) const {

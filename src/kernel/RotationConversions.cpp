@@ -4,17 +4,17 @@
 // Each value is formed at double width and rounded once, where it is stored. No output may overlap
 // an input. The composite conversions reach their steps through the table, so that a replacement
 // kernel overriding a step changes the composite too.
-#include "kernel/QuaternionKernels.h"
+#include "detail/Wide.h"
+#include "kernel/SimdKernels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
 
+using kdrcore::detail::wide;
+
 namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
 
 // The rest of a rotation matrix: no translation, bottom row 0, 0, 0, 1.
 inline void clearAffinePart(float * const dst) {
@@ -70,13 +70,13 @@ void EnhancedMathFunctions::quaternionToAxis(float * const axis, float * angle,
     axis[2] = static_cast<float>(wide(q[3]) * k);
 }
 
-// In QuaternionKernels.h, in a baseline and an AVX2 version with the same bits.
+// In SimdKernels.h, in a baseline and an AVX2 version with the same bits.
 void EnhancedMathFunctions::quaternionToMatrix(float * const dst, float const * const q) const {
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::level() >= kdrsimd::LEVEL_AVX2)
-        return kdrkernel::quaternionToMatrixAvx2(dst, q);
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::quaternionToMatrixAvx2(dst, q);
 #endif
-    kdrkernel::quaternionToMatrixPlain(dst, q);
+    kdrcore::detail::quaternionToMatrixPlain(dst, q);
 }
 
 int EnhancedMathFunctions::RotMatrixToQuaternion(float * const dst, float const * const m) const {

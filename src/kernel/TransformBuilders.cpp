@@ -1,16 +1,15 @@
 // The transform builders: elementary scales, translations, rotations and oblique projections as
 // matrices, and their in-place application to an existing matrix without a full product.
+#include "detail/Wide.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
 
+using kdrcore::detail::narrow;
+using kdrcore::detail::wide;
+
 namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-inline float narrow(double v) {
-    return static_cast<float>(v);
-}
 
 // Replaces m[a], m[b] by (p*c - q*s, p*s + q*c): the plane turn by the angle of (c, s).
 inline void turnPair(float * const m, int a, int b, double c, double s) {

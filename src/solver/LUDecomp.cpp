@@ -1,6 +1,7 @@
 // LUDecomp.cpp - dense Gaussian elimination, back substitution and inversion
 #include "kdrcore/solver/LUDecomp.h"
 
+#include "detail/Wide.h"
 #include "solver/Elimination.h"
 
 #include "kdrcore/types/Scalar.h"
@@ -13,6 +14,8 @@
 #include <memory>
 #include <new>
 #include <utility>
+
+using kdrcore::detail::wide;
 
 double * LUDecomp::ligne = nullptr;
 int LUDecomp::lignem = 0;
@@ -31,10 +34,6 @@ namespace {
 constexpr double DIAGONAL_LIMIT = 1e-5;
 // A pivot of Inverse_Matrix must exceed this in magnitude.
 constexpr double INVERSE_PIVOT_LIMIT = 1e-6;
-
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
 
 // count * elementSize in bytes; throws when it does not fit.
 std::size_t byteSize(std::size_t count, std::size_t elementSize) {
@@ -73,7 +72,7 @@ bool LUDecomp::Triangularise_matrice(double * matrix, double * rhs, int n) {
     growPair(New_mat, New_FLOAT, triangn, n);
     if (n < 1)
         return true;
-    kdrsolver::eliminate(matrix, rhs, n, kdrsolver::bestRowUpdate(), New_mat);
+    kdrcore::detail::eliminate(matrix, rhs, n, New_mat);
     for (int i = 0; i < n; ++i)
         if (std::fabs(matrix[static_cast<std::size_t>(i) * static_cast<std::size_t>(n + 1)]) <
             DIAGONAL_LIMIT)
@@ -85,7 +84,7 @@ void LUDecomp::Triangularise_Pmatrice(double * matrix, _POINT3D * rhs, int n) {
     growPair(New_pmat, New_POINT3D, ptriangn, n);
     if (n < 1)
         return;
-    kdrsolver::eliminate(matrix, rhs, n, kdrsolver::bestRowUpdate(), New_pmat);
+    kdrcore::detail::eliminate(matrix, rhs, n, New_pmat);
 }
 
 double * LUDecomp::Resoud_matrice(const double * matrix, const double * rhs, int n, bool * ok) {

@@ -1,11 +1,11 @@
 // Color.cpp - HSL conversions and blends of Color
 #include "kdrcore/types/Color.h"
 
-namespace {
+#include "detail/Wide.h"
 
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
+using kdrcore::detail::wide;
+
+namespace {
 
 // The conversions' constants, as the floats they are stored in.
 constexpr float ONE_THIRD = 1.0f / 3.0f;  // 0.33333334

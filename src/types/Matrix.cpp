@@ -1,19 +1,16 @@
 // The matrix family: construction, forwarding members, comparisons and the free products.
 #include "kdrcore/types/Matrix.h"
 
+#include "detail/CurrentKernel.h"
+#include "detail/Wide.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
 
-namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-inline EnhancedMathFunctions * kernel() {
-    return EnhancedMathFunctions::getCurrent();
-}
-} // namespace
+using kdrcore::detail::kernel;
+using kdrcore::detail::wide;
 
 // Constant data: constinit, through the constexpr constructor, so no code
 // run at load time.

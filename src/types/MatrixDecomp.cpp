@@ -1,17 +1,17 @@
 // Decompositions of the matrix family and the facing test of Matrix4f.
+#include "detail/CurrentKernel.h"
+#include "detail/Wide.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Matrix.h"
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
 
+using kdrcore::detail::kernel;
+using kdrcore::detail::wide;
+
 namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-inline EnhancedMathFunctions * kernel() {
-    return EnhancedMathFunctions::getCurrent();
-}
 
 // Length of column j of the 3x3 block, rounded once when stored.
 float columnLength(float const * m, int j) {

@@ -1,13 +1,14 @@
 // Rotation and frame construction of MatRot4f and MatAff4f, and the static factories of MatAff4f.
+#include "detail/CurrentKernel.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Matrix.h"
 #include "kdrcore/types/Quaternion.h"
 #include "kdrcore/types/Scalar.h"
 
+using kdrcore::detail::kernel;
+
 namespace {
-inline EnhancedMathFunctions * kernel() {
-    return EnhancedMathFunctions::getCurrent();
-}
 // The raw cross product of two directions counts as zero below this squared length. It is not
 // scaled by the lengths of the directions.
 constexpr double PARALLEL_CROSS2 = 1e-8;

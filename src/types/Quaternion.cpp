@@ -1,18 +1,15 @@
 // The quaternion value class: conversions and algebra through the current kernel.
 #include "kdrcore/types/Quaternion.h"
 
+#include "detail/CurrentKernel.h"
+#include "detail/Wide.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <cmath>
 
-namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
-inline EnhancedMathFunctions * kernel() {
-    return EnhancedMathFunctions::getCurrent();
-}
-} // namespace
+using kdrcore::detail::kernel;
+using kdrcore::detail::wide;
 
 Quaternion::Quaternion(MatRot4f const & m) : Quaternion() {
     setValue(m);

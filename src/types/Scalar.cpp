@@ -1,8 +1,12 @@
 // Shared constants, tolerance comparisons and float elementary functions.
 #include "kdrcore/types/Scalar.h"
 
+#include "detail/Wide.h"
+
 #include <bit>
 #include <cstdint>
+
+using kdrcore::detail::wide;
 
 // The constants are given by their bit patterns, so that no decimal rounding can move them.
 const double TOLERANCE = std::bit_cast<double>(std::uint64_t{0x3F1A36E2EB1C432D});
@@ -18,9 +22,6 @@ const double HALF_PI_D = std::bit_cast<double>(std::uint64_t{0x3FF921FB54442D18}
 const double TWO_PI_D = std::bit_cast<double>(std::uint64_t{0x401921FB54442D18});
 
 namespace {
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
 
 // The magnitude as the comparisons take it: negated when on the negative side, so the sign of a
 // zero plays no part and NaN stays NaN (every later `<=` is then false).

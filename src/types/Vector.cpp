@@ -1,16 +1,16 @@
 // Vector.cpp - the computed members of the vector classes
 #include "kdrcore/types/Vector.h"
 
+#include "detail/Wide.h"
+
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
 
-namespace {
+using kdrcore::detail::wide;
 
-inline double wide(float v) {
-    return static_cast<double>(v);
-}
+namespace {
 
 // Both the table and the pointer to it are constant data: no code runs at load time for them.
 constinit const Vector3f axisTable[6] = {Vector3f(1.0f, 0.0f, 0.0f),  Vector3f(0.0f, 1.0f, 0.0f),

@@ -24,10 +24,10 @@ int countOneByOne(unsigned char const * p, int count) {
 
 std::vector<std::pair<std::string, int (*)(unsigned char const *, int)>> versions() {
     std::vector<std::pair<std::string, int (*)(unsigned char const *, int)>> v{
-        {"baseline", kdrbits::countBitsPlain}, {"chosen", kdrbits::countBits}};
+        {"baseline", kdrcore::detail::countBitsPlain}, {"chosen", kdrcore::detail::countBits}};
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::detectLevel() >= kdrsimd::LEVEL_AVX2)
-        v.emplace_back("POPCNT", kdrbits::countBitsPopcnt);
+    if (kdrcore::detail::detectSimdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        v.emplace_back("POPCNT", kdrcore::detail::countBitsPopcnt);
 #endif
     return v;
 }

@@ -10,8 +10,7 @@
 // must change nothing. Each vector version, and the member reached through getCurrent(), is
 // called on the same input as the baseline version, through a volatile pointer, between
 // feclearexcept and fetestexcept.
-#include "kernel/MatrixKernels.h"
-#include "kernel/QuaternionKernels.h"
+#include "kernel/SimdKernels.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
@@ -140,7 +139,7 @@ struct Operation {
 #endif
 
 std::vector<Operation> const & operations() {
-    using namespace kdrkernel;
+    using namespace kdrcore::detail;
     static std::vector<Operation> const ops = {
         {"multMatrices", false, product<multMatricesPlain>,
          KDR_AVX2(product<multMatricesAvx2>, nullptr), KDR_MEMBER(kernel().multMatrices(d, a, b))},
@@ -159,11 +158,11 @@ std::vector<Operation> const & operations() {
              +[](float * d, float const * s, float const *) { return inverseMatrixAvx2(d, s); },
              nullptr),
          +[](float * d, float const * s, float const *) { return kernel().inverseMatrix(d, s); }},
-        {"multQuaternions", true, product<multQuaternionsPlain<false>>,
-         KDR_AVX2(product<multQuaternionsAvx2<false>>, nullptr),
+        {"multQuaternions", true, product<multQuaternionsPlain>,
+         KDR_AVX2(product<multQuaternionsAvx2>, nullptr),
          KDR_MEMBER(kernel().multQuaternions(d, a, b))},
-        {"divQuaternionsU", true, product<multQuaternionsPlain<true>>,
-         KDR_AVX2(product<multQuaternionsAvx2<true>>, nullptr),
+        {"divQuaternionsU", true, product<divQuaternionsUPlain>,
+         KDR_AVX2(product<divQuaternionsUAvx2>, nullptr),
          KDR_MEMBER(kernel().divQuaternionsU(d, a, b))},
         {"quaternionToMatrix", false, unary<quaternionToMatrixPlain>,
          KDR_AVX2(unary<quaternionToMatrixAvx2>, nullptr),
@@ -211,7 +210,7 @@ TEST(SimdBitExact, EveryVersionGivesTheBaselinesBitsResultAndFlags) {
     };
     std::vector<Version> versions;
 #if KDRCORE_SIMD_X86
-    if (kdrsimd::detectLevel() >= kdrsimd::LEVEL_AVX2)
+    if (kdrcore::detail::detectSimdLevel() >= kdrcore::detail::LEVEL_AVX2)
         versions.push_back({"AVX2", &Operation::avx2});
 #endif
     versions.push_back({"getCurrent()", &Operation::current});

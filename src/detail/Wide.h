@@ -1,8 +1,20 @@
-// RoundedFloat.h - a double rounded to float that the optimiser cannot widen back (private)
-#ifndef KDRCORE_SRC_TYPES_ROUNDEDFLOAT_H
-#define KDRCORE_SRC_TYPES_ROUNDEDFLOAT_H
+// src/detail/Wide.h - the double width at which the library computes, and the rounding back
+// (private)
+//
+// Inside one expression arithmetic runs at double width: each float operand is widened
+// explicitly, and a value becomes a float where it is stored.
+#ifndef KDRCORE_SRC_DETAIL_WIDE_H
+#define KDRCORE_SRC_DETAIL_WIDE_H
 
-namespace kdrcore {
+namespace kdrcore::detail {
+
+inline double wide(float v) {
+    return static_cast<double>(v);
+}
+
+inline float narrow(double v) {
+    return static_cast<float>(v);
+}
 
 /// `v` rounded to float and made opaque to the optimiser, so that whatever reads the value next
 /// starts from the float. For values that are rounded and then widened again in the same function
@@ -20,6 +32,6 @@ inline float roundedFloat(double v) {
     return r;
 }
 
-} // namespace kdrcore
+} // namespace kdrcore::detail
 
-#endif // KDRCORE_SRC_TYPES_ROUNDEDFLOAT_H
+#endif // KDRCORE_SRC_DETAIL_WIDE_H
