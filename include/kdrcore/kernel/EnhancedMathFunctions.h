@@ -47,35 +47,45 @@ public:
 
     /// A new array of 16 floats (new[]) holding a copy of `src`; the caller frees it with delete[].
     virtual float * getMat4fCopy(float const * const src) const;
+    /// @{ Plain copies of 16 and of 3 floats; `dst` must not overlap `src`.
     virtual void copyMat4fTo(float * const dst, float const * const src) const;
     virtual void copyVec3fTo(float * const dst, float const * const src) const;
-    /// dst = a x b. `dst` must not be `a` or `b`.
+    /// @}
+    /// dst = a x b. `dst` must not overlap `a` or `b`.
     virtual void cross(float * const dst, float const * a, float const * b) const;
+    /// @{ Write all 16 elements of `dst`, their only argument: nothing to overlap.
     virtual void setIdentity(float * const dst) const;
     virtual void setZero(float * const dst) const;
+    /// @}
 
-    /// @{ Element-wise on all 16 elements; `dst` may be an input.
+    /// @{ Element-wise on all 16 elements; `dst` may be `a` or `b`.
     virtual void addMatrices(float * const dst, float const * const a, float const * const b) const;
     virtual void subMatrices(float * const dst, float const * const a, float const * const b) const;
-    /// dst = a b (b acts first).
+    /// @}
+    /// dst = a b (b acts first). `dst` must not overlap `a` or `b`.
     virtual void multMatrices(float * const dst, float const * const a,
                               float const * const b) const;
     /// dst = (m v) divided by its homogeneous coordinate (v has w = 1); 0, 0, 0 when that
-    /// coordinate is exactly 0. `dst` may be `v`, as in all the vector products.
+    /// coordinate is exactly 0. `dst` may be `v` (read whole before the first store), not `m`.
     virtual void multMatrixVec3f(float * const dst, float const * const m,
                                  float const * const v) const;
+    /// dst = m v on four floats, no division. `dst` may be `v`, not `m`.
     virtual void multMatrixVec4f(float * const dst, float const * const m,
                                  float const * const v) const;
+    /// Element-wise on all 16 elements; `dst` may be `m`.
     virtual void multMatrixScalar(float * const dst, float const * const m, float s) const;
-    /// @}
     /// Gauss-Jordan inverse with partial pivoting at double width. False on a singular matrix,
-    /// `dst` then untouched.
+    /// `dst` then untouched. `dst` may be `src` (read whole before the first store).
     virtual bool inverseMatrix(float * const dst, float const * const src) const;
-    /// `dst` may be `src` for neg and abs, never for transpose.
+    /// Element-wise on all 16 elements; `dst` may be `src`.
     virtual void neg(float * const dst, float const * const src) const;
+    /// `dst` must not overlap `src`.
     virtual void transpose(float * const dst, float const * const src) const;
+    /// Element-wise on all 16 elements; `dst` may be `src`.
     virtual void abs(float * const dst, float const * const src) const;
     virtual float det4(float const * const m) const;
+    /// @{ Builders: write all 16 elements of `dst` (setProjection all or none); `dst` must not
+    /// overlap an input.
     virtual void setScale(float * const dst, float const * const s) const;
     virtual void setTranslate(float * const dst, float const * const t) const;
     /// Rotation matrix of an Euler triple (through eulerToMatrix).
@@ -86,28 +96,36 @@ public:
     /// normal . dir is exactly 0.
     virtual void setProjection(float * const dst, float const * const normal, float d,
                                float const * const dir) const;
+    /// @}
     /// Determinant of the upper-left 3x3 block (reads m[0..2], m[4..6], m[8..10]).
     virtual float det3(float const * const m) const;
     /// Affine operations take the bottom row 0, 0, 0, 1 for granted and do not read it.
+    /// dst = a b with the bottom row 0, 0, 0, 1; `dst` must not overlap `a` or `b`.
     virtual void multAffineMatrices(float * const dst, float const * const a,
                                     float const * const b) const;
+    /// @{ Point and direction (no translation) through the affine `m`; `dst` may be `v`, not `m`.
     virtual void multAffineMatrixVec3f(float * const dst, float const * const m,
                                        float const * const v) const;
     virtual void multAffineMatrixVec3fAsDir(float * const dst, float const * const m,
                                             float const * const v) const;
-    /// Writes dst[0..11] = col row'; dst[12..15] stay as they were.
+    /// @}
+    /// Writes dst[0..11] = col row'; dst[12..15] stay as they were. `dst` must not overlap `col`
+    /// or `row`.
     virtual void multAffineColRow(float * const dst, float const * const col,
                                   float const * const row) const;
-    /// Writes only the upper-left 3x3 block; the other seven elements stay as they were.
+    /// Writes only the upper-left 3x3 block; the other seven elements stay as they were. `dst`
+    /// must not overlap `src`.
     virtual void transposeAffine(float * const dst, float const * const src) const;
-    /// dst = R src (Left) or src R (Right), `src` taken as affine; `dst` gets the bottom row
-    /// 0, 0, 0, 1 and must not be `src`.
+    /// @{ dst = R src (Left) or src R (Right), `src` taken as affine; `dst` gets the bottom row
+    /// 0, 0, 0, 1 and must not overlap `src` or `axis`.
     virtual void multLeftByRotate(float * const dst, float const * const src, float const * axis,
                                   float angle) const;
     virtual void multRightByRotate(float * const dst, float const * const src, float const * axis,
                                    float angle) const;
-    /// In place: left products turn the translation, right products keep it; the translate and
-    /// scale forms read and write rows 0 to 2 only.
+    /// @}
+    /// @{ In place: `m` is read and written; `t` and `s` must not overlap it. Left products turn
+    /// the translation, right products keep it; the translate and scale forms read and write
+    /// rows 0 to 2 only.
     virtual void multLeftByRotateX(float * const m, float angle) const;
     virtual void multRightByRotateX(float * const m, float angle) const;
     virtual void multLeftByRotateY(float * const m, float angle) const;
@@ -118,15 +136,18 @@ public:
     virtual void multRightByTranslate(float * const m, float const * t) const;
     virtual void multLeftByScale(float * const m, float const * s) const;
     virtual void multRightByScale(float * const m, float const * s) const;
+    /// @}
     /// @{ Inverses: the result says whether `dst` (or `m`) now holds the inverse; on failure
-    /// nothing is written. `dst` may be `src`, except for inverseRotate and inverseRotateAndTr,
-    /// which write only the rotation block (and the translation) through transposeAffine.
+    /// nothing is written. `dst` may be `src`; the one-argument forms work in place on `m`.
     virtual bool inverse3(float * const dst, float const * const src) const;
     virtual bool inverseAffine(float * const dst, float const * const src) const;
     virtual bool inverseScale(float * const m) const;
     virtual bool inverseScale(float * const dst, float const * const src) const;
     virtual bool inverseTranslate(float * const m) const;
     virtual bool inverseTranslate(float * const dst, float const * const src) const;
+    /// @}
+    /// @{ Always true. They write only the upper-left 3x3 block through transposeAffine,
+    /// inverseRotateAndTr the translation too; `dst` must not overlap `src`.
     virtual bool inverseRotate(float * const dst, float const * const src) const;
     virtual bool inverseRotateAndTr(float * const dst, float const * const src) const;
     /// @}
@@ -140,21 +161,25 @@ public:
     virtual void divQuaternionsU(float * const dst, float const * const a,
                                  float const * const b) const;
     /// @}
-    /// Conjugate and inverses: `dst` may be `q`; the inverse of the zero quaternion is 0, 0, 0, 0.
+    /// @{ Conjugate and inverses: `dst` may be `q`; the inverse of the zero quaternion is
+    /// 0, 0, 0, 0.
     virtual void conjugateQuaternion(float * const dst, float const * const q) const;
     virtual void inverseQuaternion(float * const dst, float const * const q) const;
     virtual void inverseQuaternionU(float * const dst, float const * const q) const;
-    /// Turns `v` by `q`; the result is scaled by |q|^2. `dst` may be `v`.
+    /// @}
+    /// Turns `v` by `q`; the result is scaled by |q|^2. `dst` may be `v`, not `q`.
     virtual void applyQuatOn(float * const dst, float const * const q, float const * const v) const;
-    /// Writes only dst[0]; the running sum is rounded to float after each term.
+    /// Writes only dst[0]; the running sum is rounded to float after each term. `dst` must not
+    /// overlap `a` or `b`.
     virtual void dotQuaternions(float * dst, float const * const a, float const * const b) const;
-    /// Interpolations: not divided by sin h, not normalised, `t` not clamped; `dst` may be an
-    /// input.
+    /// @{ Interpolations: not divided by sin h, not normalised, `t` not clamped; `dst` may be `a`
+    /// or `b`.
     virtual void quaternionSLERP(float * const dst, float const * const a, float const * const b,
                                  float t) const;
     virtual void quaternionLERP(float * const dst, float const * const a, float const * const b,
                                 float t) const;
-    /// Conversions: outputs must not overlap inputs; matrix outputs write all 16 elements; the
+    /// @}
+    /// @{ Conversions: outputs must not overlap inputs; matrix outputs write all 16 elements; the
     /// `int` results are always 0. The plain forms (axisToQuaternion, axisToMatrix) use the axis
     /// as given, the U forms normalise it.
     virtual void axisToQuaternion(float * const dst, float const * const axis, float angle) const;
@@ -168,6 +193,7 @@ public:
     virtual int matrixToEuler(float * euler, float const * const m) const;
     virtual void axisToMatrix(float * const dst, float const * const axis, float angle) const;
     virtual int matrixToAxis(float * const axis, float * angle, float const * const m) const;
+    /// @}
     /// About 1/sqrt(x) from a table seed and `iterations` Newton steps (0 or less: the seed).
     virtual float invSqrt(float x, int iterations) const;
     /// About 1/sqrt(x): seed and one Newton step.
@@ -177,13 +203,14 @@ public:
     virtual float msqrt(float x) const;
     /// Eigenvalues and unit eigenvectors (columns of `vectors`) of the symmetric upper-left block
     /// of `m`, by cyclic Jacobi rotations. `rotations` receives the number of index pairs visited.
+    /// `values` and `vectors` must not overlap `m`.
     virtual void jacobi3(float * const values, float (*const vectors)[3], int & rotations,
                          float const * const m) const;
 
     /// Splits the affine matrix `m` (bottom row not read) into T u transpose(r) S r: rotation
     /// frame `r`, stretches `s` (3 floats, all negative for a mirror), rotation `u`, translation
     /// `t` (3 floats), `p` the identity. False when the upper-left block is singular (absolute
-    /// determinant below 1e-12): then only `t` and `p` are written.
+    /// determinant below 1e-12): then only `t` and `p` are written. No output may overlap `m`.
     bool factor(float * const r, float * const s, float * const u, float * const t, float * const p,
                 float const * const m) const;
 
