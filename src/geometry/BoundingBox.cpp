@@ -37,14 +37,6 @@ inline bool projectBehind(float * q, float const * m, float const * p, float dep
     return false;
 }
 
-/// True when `v` is neither infinite nor NaN; looks at the bits only, so that no comparison can
-/// raise a floating-point exception flag (a signalling NaN would).
-inline bool finiteBits(float v) {
-    std::uint32_t b;
-    std::memcpy(&b, &v, sizeof b);
-    return (b & 0x7F800000u) != 0x7F800000u;
-}
-
 /// projectBehind for the eight corners of one box, corner by corner. Each corner asks
 /// getCurrent() afresh. A kernel of another type gets the call through its table, as projectBehind
 /// makes it. When the kernel is exactly EnhancedMathFunctions, its multMatrixVec3f runs here
@@ -91,11 +83,16 @@ private:
     }
 
     void prepare() {
-        bool finite = true;
-        for (int e = 0; e < 16; ++e)
-            finite &= finiteBits(m_m[e]);
-        for (int a = 0; a < 3; ++a)
-            finite &= finiteBits(m_lo[a]) & finiteBits(m_hi[a]);
+        // On the bits, so that no comparison can raise a flag (a signalling NaN would): the
+        // exponent field plus one carries into the top bit for an infinity or a NaN only.
+        std::uint32_t bits[22];
+        std::memcpy(bits, m_m, 16 * sizeof(float));
+        std::memcpy(bits + 16, m_lo, 3 * sizeof(float));
+        std::memcpy(bits + 19, m_hi, 3 * sizeof(float));
+        std::uint32_t carry = 0;
+        for (std::uint32_t b : bits)
+            carry |= (b & 0x7F800000u) + 0x00800000u;
+        bool const finite = (carry & 0x80000000u) == 0;
         m_state = finite ? INLINE : KERNEL;
         if (!finite)
             return;
