@@ -18,23 +18,43 @@
 
 namespace {
 
-// The target of each tracked comparison: KDRCore time / peer time at most `ratio`.
+// The target of each tracked comparison: KDRCore time / peer time at most `ratio`. With
+// `lessEmpty` the time of the empty kernel call is first taken off KDRCore's: the goal is then on
+// the work behind the virtual call, which every host-facing operation pays anyway.
 struct Goal {
     char const * operation;
     char const * peer;
     double ratio;
+    bool lessEmpty = false;
 };
 
+constexpr char const * EMPTY_CALL = "empty kernel call";
+
 constexpr Goal GOALS[] = {
-    {"multMatrices", "glm", 1.0},
+    {"multMatrices", "glm", 0.9},
     {"inverseMatrix", "glm", 1.0},
-    {"multMatrixVec3f", "glm", 1.2},
+    {"multMatrixVec3f", "glm", 1.0, true},
+    {"multAffineMatrixVec3f", "glm", 1.0, true},
+    {"multQuaternions", "glm", 1.0, true},
+    {"quaternionToMatrix", "glm", 1.0, true},
+    {"quaternionSLERP", "glm", 1.0},
     {"jacobi3", "Eigen", 1.5},
     {"factor", "Eigen", 1.0},
-    {"BBox3DIntersectBBox2D", "glm", 1.0},
-    {"BinarySort 1e6 rows x 4 cols", "std::stable_sort", 0.33},
+    {"Matrix4f * Matrix4f", "glm", 1.0},
+    {"Quaternion * Quaternion", "glm", 1.0},
+    {"Matrix4f * Vector3f", "glm", 1.0},
+    {"MatAff4f * Vector3f", "glm", 1.0},
+    {"BBox3DIntersectBBox2D", "glm", 0.7},
+    {"cameraProjBBox (2D)", "glm", 1.0},
+    {"BinarySort 1e6 rows x 4 cols", "std::stable_sort", 0.05},
     {"KDRBoolArray count 1e6", "std::vector<bool>", 1.0},
+    {"KDRBoolArray count 1e6", "std::bitset", 1.0},
+    {"KDRBoolArray count 1e6", "boost::dynamic_bitset", 1.0},
     {"KDRBoolArray findFirst 1e6", "std::vector<bool>", 1.0},
+    {"KDRBoolArray findFirst 1e6", "std::bitset", 1.0},
+    {"KDRBoolArray findFirst 1e6", "boost::dynamic_bitset", 1.0},
+    {"KDRBoolArray union 1e6", "std::bitset", 1.0},
+    {"KDRBoolArray union 1e6", "boost::dynamic_bitset", 1.0},
     {"LUDecomp solve n=512", "plain elimination", 1.0},
     {"IDGenerator generateID x1e6", "std::set<int>", 0.1},
 };
@@ -145,6 +165,10 @@ public:
         std::fprintf(out, "%-36s %12s   %-20s %12s %8s   %s\n", "operation", "KDRCore", "peer",
                      "peer time", "ratio", "goal");
         std::fprintf(out, "%s\n", std::string(112, '-').c_str());
+        auto const emptyTimes = m_times.find(EMPTY_CALL);
+        double const empty = emptyTimes == m_times.end() || emptyTimes->second.empty()
+                                 ? -1.0
+                                 : median(emptyTimes->second.front().second);
         for (std::string const & op : kdrbench::operationOrder()) {
             auto const found = m_times.find(op);
             if (found == m_times.end())
@@ -171,9 +195,16 @@ public:
                 if (kdr >= 0) {
                     double const ratio = kdr / t;
                     std::fprintf(out, " %8.2f", ratio);
-                    if (Goal const * g = goalFor(op, impl))
-                        std::fprintf(out, "   <= %.2f %s", g->ratio,
-                                     ratio <= g->ratio ? "met" : "NOT MET");
+                    if (Goal const * g = goalFor(op, impl)) {
+                        double r = ratio;
+                        if (g->lessEmpty && empty >= 0) {
+                            r = (kdr - empty) / t;
+                            std::fprintf(out, "   less empty call %.2f", r);
+                        }
+                        if (!g->lessEmpty || empty >= 0)
+                            std::fprintf(out, "   <= %.2f %s", g->ratio,
+                                         r <= g->ratio ? "met" : "NOT MET");
+                    }
                 }
                 std::fprintf(out, "\n");
             }

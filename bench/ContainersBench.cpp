@@ -7,11 +7,17 @@
 #include "kdrcore/containers/KDRBoolArray.h"
 
 #include <algorithm>
+#include <bitset>
 #include <cstring>
+#include <memory>
 #include <numeric>
 #include <set>
 #include <string>
 #include <vector>
+
+#if KDRCORE_BENCH_HAVE_BOOST
+#include <boost/dynamic_bitset.hpp>
+#endif
 
 namespace kdrbench {
 namespace {
@@ -54,7 +60,26 @@ void registerSorts() {
     }
 }
 
-// ---- KDRBoolArray against std::vector<bool>
+// ---- KDRBoolArray against std::vector<bool>, and at 1e6 bits std::bitset and
+// boost::dynamic_bitset, each searched the way its own interface offers.
+
+// count, findFirst (every set bit in turn) and union for a bit set `B` with `first(b)` and
+// `next(b, i)`; `half` and `sparse` are shared, since a std::bitset of 1e6 bits is 125 kB.
+template <class B, class First, class Next>
+void addBitPeer(std::string const & peer, std::shared_ptr<B const> half,
+                std::shared_ptr<B const> sparse, First first, Next next) {
+    add("KDRBoolArray count 1e6", peer, 1, [half]() { benchmark::DoNotOptimize(half->count()); });
+    add("KDRBoolArray findFirst 1e6", peer, 1, [sparse, first, next]() {
+        int found = 0;
+        for (std::size_t i = first(*sparse); i < sparse->size(); i = next(*sparse, i))
+            ++found;
+        benchmark::DoNotOptimize(found);
+    });
+    add("KDRBoolArray union 1e6", peer, 1, [half, into = std::make_shared<B>(*sparse)]() {
+        *into |= *half;
+        benchmark::DoNotOptimize(into->size());
+    });
+}
 
 void registerBits() {
     for (int bits : {1000, 1000000}) {
@@ -107,6 +132,34 @@ void registerBits() {
                     into[i] = into[i] || vhalf[i];
                 benchmark::DoNotOptimize(into.size());
             });
+
+        if (bits == 1000000) {
+            using Std = std::bitset<1000000>;
+            auto toStd = [](std::vector<bool> const & v) {
+                auto b = std::make_shared<Std>();
+                for (std::size_t i = 0; i < v.size(); ++i)
+                    b->set(i, v[i]);
+                return std::shared_ptr<Std const>(b);
+            };
+            // libstdc++'s own search members.
+            addBitPeer<Std>(
+                "std::bitset", toStd(vhalf), toStd(vsparse),
+                [](Std const & b) { return b._Find_first(); },
+                [](Std const & b, std::size_t i) { return b._Find_next(i); });
+#if KDRCORE_BENCH_HAVE_BOOST
+            using Dyn = boost::dynamic_bitset<>;
+            auto toDyn = [](std::vector<bool> const & v) {
+                auto b = std::make_shared<Dyn>(v.size());
+                for (std::size_t i = 0; i < v.size(); ++i)
+                    b->set(i, v[i]);
+                return std::shared_ptr<Dyn const>(b);
+            };
+            addBitPeer<Dyn>(
+                "boost::dynamic_bitset", toDyn(vhalf), toDyn(vsparse),
+                [](Dyn const & b) { return b.find_first(); },
+                [](Dyn const & b, std::size_t i) { return b.find_next(i); });
+#endif
+        }
     }
 }
 

@@ -6,8 +6,12 @@
 #include "BenchSupport.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
+#include "kdrcore/types/Matrix.h"
+#include "kdrcore/types/Quaternion.h"
 
+#include <algorithm>
 #include <cmath>
+#include <string>
 #include <vector>
 
 #if KDRCORE_BENCH_HAVE_GLM
@@ -455,14 +459,110 @@ void registerDecompositions() {
 #endif
 }
 
+// The floor under every operation a host reaches through the kernel: getCurrent() and a virtual
+// call to an override that returns at once.
+class EmptyKernel : public EnhancedMathFunctions {
+public:
+    void multMatrixVec3f(float * const, float const * const, float const * const) const override {}
+};
+
+void registerEmptyCall() {
+    char const * const op = "empty kernel call";
+    operationOrder().push_back(op);
+    Mat16 const cam = cameraMatrix();
+    std::vector<Vec3> const pts = points(N, -5.0f, 5.0f);
+    benchmark::RegisterBenchmark(
+        (std::string(op) + "|" + KDRCORE).c_str(),
+        [cam, pts, out = std::vector<Vec3>(N)](benchmark::State & state) mutable {
+            (new EmptyKernel)->setDefault();
+            for (auto _ : state) {
+                for (int i = 0; i < N; ++i)
+                    kernel()->multMatrixVec3f(out[i].v, cam.m, pts[i].v);
+                benchmark::ClobberMemory();
+            }
+            (new EnhancedMathFunctions)->setDefault();
+            state.SetItemsProcessed(state.iterations() * N);
+        });
+}
+
+// The value classes, each operator one kernel call through getCurrent().
+void registerValueClasses() {
+    std::vector<Mat16> const a = generalMatrices(N), b = generalMatrices(N);
+    Mat16 const cam = cameraMatrix(), aff = affineMatrix();
+    std::vector<Vec3> const pts = points(N, -5.0f, 5.0f);
+    std::vector<Matrix4f> ma, mb;
+    std::vector<Vector3f> vp;
+    std::vector<Quaternion> qa, qb;
+    for (int i = 0; i < N; ++i) {
+        ma.emplace_back(a[i].m);
+        mb.emplace_back(b[i].m);
+        vp.emplace_back(pts[i].v);
+        qa.emplace_back(Vector3f(uniform(-1, 1), uniform(-1, 1), 1), uniform(0, 3));
+        qb.emplace_back(Vector3f(1, uniform(-1, 1), uniform(-1, 1)), uniform(0, 3));
+    }
+    MatAff4f maff;
+    std::copy(aff.m, aff.m + 16, maff.getValue());
+    add("Matrix4f * Matrix4f", KDRCORE, N, [ma, mb, out = std::vector<Matrix4f>(N)]() mutable {
+        for (int i = 0; i < N; ++i)
+            out[i] = ma[i] * mb[i];
+    });
+    add("Quaternion * Quaternion", KDRCORE, N,
+        [qa, qb, out = std::vector<Quaternion>(N)]() mutable {
+            for (int i = 0; i < N; ++i)
+                out[i] = qa[i] * qb[i];
+        });
+    add("Matrix4f * Vector3f", KDRCORE, N,
+        [m = Matrix4f(cam.m), vp, out = std::vector<Vector3f>(N)]() mutable {
+            for (int i = 0; i < N; ++i)
+                out[i] = m * vp[i];
+        });
+    add("MatAff4f * Vector3f", KDRCORE, N, [maff, vp, out = std::vector<Vector3f>(N)]() mutable {
+        for (int i = 0; i < N; ++i)
+            out[i] = maff * vp[i];
+    });
+#if KDRCORE_BENCH_HAVE_GLM
+    std::vector<glm::vec3> gp;
+    std::vector<glm::quat> ga, gb;
+    for (int i = 0; i < N; ++i) {
+        gp.push_back(glm::make_vec3(pts[i].v));
+        float const *p = qa[i].getValue(), *q = qb[i].getValue();
+        ga.emplace_back(p[0], p[1], p[2], p[3]); // w, x, y, z
+        gb.emplace_back(q[0], q[1], q[2], q[3]);
+    }
+    add("Matrix4f * Matrix4f", "glm", N,
+        [ga4 = toGlm(a), gb4 = toGlm(b), out = std::vector<glm::mat4>(N)]() mutable {
+            for (int i = 0; i < N; ++i)
+                out[i] = ga4[i] * gb4[i];
+        });
+    add("Quaternion * Quaternion", "glm", N, [ga, gb, out = std::vector<glm::quat>(N)]() mutable {
+        for (int i = 0; i < N; ++i)
+            out[i] = ga[i] * gb[i];
+    });
+    add("Matrix4f * Vector3f", "glm", N,
+        [m = toGlm(cam), gp, out = std::vector<glm::vec3>(N)]() mutable {
+            for (int i = 0; i < N; ++i) {
+                glm::vec4 const q = m * glm::vec4(gp[i], 1.0f);
+                out[i] = glm::vec3(q) / q.w;
+            }
+        });
+    add("MatAff4f * Vector3f", "glm", N,
+        [m = toGlm(aff), gp, out = std::vector<glm::vec3>(N)]() mutable {
+            for (int i = 0; i < N; ++i)
+                out[i] = glm::vec3(m * glm::vec4(gp[i], 1.0f));
+        });
+#endif
+}
+
 } // namespace
 
 void registerKernelBenchmarks() {
+    registerEmptyCall();
     registerMatrixProducts();
     registerVectorProducts();
     registerInverse();
     registerQuaternions();
     registerDecompositions();
+    registerValueClasses();
 }
 
 } // namespace kdrbench

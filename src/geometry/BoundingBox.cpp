@@ -8,6 +8,9 @@
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <typeinfo>
 
 using kdrcore::detail::wide;
 
@@ -33,6 +36,93 @@ inline bool projectBehind(float * q, float const * m, float const * p, float dep
     }
     return false;
 }
+
+/// projectBehind for the eight corners of one box, corner by corner. Each corner asks
+/// getCurrent() afresh. A kernel of another type gets the call through its table, as projectBehind
+/// makes it. When the kernel is exactly EnhancedMathFunctions, its multMatrixVec3f runs here
+/// inline with the same bits: a product of two floats is exact in double, so the products of each
+/// coordinate of `lo` and `hi` with its column of `m` are formed once, and each corner adds them
+/// in the kernel's grouping ((x + y) + z) + t, takes W first, tests it for 0, multiplies by 1 / W
+/// and rounds where the kernel rounds. On finite floats the products raise no exception flag and
+/// every other operation is the kernel's own, flags included; with an infinity or a NaN in `m` or
+/// the box the kernel is called, so that its NaN bits stay its own.
+class CornerProjector {
+public:
+    CornerProjector(float const * m, float const * lo, float const * hi)
+        : m_m(m), m_lo(lo), m_hi(hi) {}
+
+    /// As projectBehind(q, m, corner i).
+    bool projectBehind(float * q, int i, float depthLimit) {
+        EnhancedMathFunctions * const k = EnhancedMathFunctions::getCurrent();
+        if (typeid(*k) != typeid(EnhancedMathFunctions)) {
+            m_state = UNKNOWN; // the host's code ran: it may have changed anything
+            project(k, q, i);
+        } else {
+            if (m_state == UNKNOWN)
+                prepare();
+            if (m_state == INLINE)
+                projectInline(q, i);
+            else
+                project(k, q, i);
+        }
+        if (depthLimit < q[2]) {
+            q[0] = -q[0];
+            q[1] = -q[1];
+            return true;
+        }
+        return false;
+    }
+
+private:
+    enum State { UNKNOWN, INLINE, KERNEL };
+
+    void project(EnhancedMathFunctions const * k, float * q, int i) const {
+        float c[3];
+        corner(c, i, m_lo, m_hi);
+        k->multMatrixVec3f(q, m_m, c);
+    }
+
+    void prepare() {
+        // On the bits, so that no comparison can raise a flag (a signalling NaN would): the
+        // exponent field plus one carries into the top bit for an infinity or a NaN only.
+        std::uint32_t bits[22];
+        std::memcpy(bits, m_m, 16 * sizeof(float));
+        std::memcpy(bits + 16, m_lo, 3 * sizeof(float));
+        std::memcpy(bits + 19, m_hi, 3 * sizeof(float));
+        std::uint32_t carry = 0;
+        for (std::uint32_t b : bits)
+            carry |= (b & 0x7F800000u) + 0x00800000u;
+        bool const finite = (carry & 0x80000000u) == 0;
+        m_state = finite ? INLINE : KERNEL;
+        if (!finite)
+            return;
+        for (int a = 0; a < 3; ++a)
+            for (int r = 0; r < 4; ++r) {
+                m_p[a][0][r] = wide(m_m[4 * a + r]) * wide(m_lo[a]);
+                m_p[a][1][r] = wide(m_m[4 * a + r]) * wide(m_hi[a]);
+            }
+    }
+
+    void projectInline(float * q, int i) const {
+        double const(&x)[4] = m_p[0][(i >> 2) & 1];
+        double const(&y)[4] = m_p[1][(i >> 1) & 1];
+        double const(&z)[4] = m_p[2][i & 1];
+        double const w = x[3] + y[3] + z[3] + wide(m_m[15]);
+        if (w == 0.0) {
+            q[0] = q[1] = q[2] = 0.0f;
+            return;
+        }
+        double const k = 1.0 / w;
+        for (int r = 0; r < 3; ++r)
+            q[r] = static_cast<float>((x[r] + y[r] + z[r] + wide(m_m[12 + r])) * k);
+    }
+
+    float const * m_m;
+    float const * m_lo;
+    float const * m_hi;
+    State m_state = UNKNOWN;
+    double m_p[3][2][4]; // [axis][lo, hi][row]: m's column `axis` times that coordinate
+};
 
 /// The x-y part of a BoundingBox under construction, with the same add rules and the same
 /// uninitialised state: the screen functions never read the depth of their local boxes, and each
@@ -217,11 +307,10 @@ int BoundingBoxAlgo::cameraProjBBox(BoundingBox & out, BoundingBox const & box,
     float const * const m = proj.getValue();
     BoundingBox front;
     ScreenRect behind; // only its x-y extent is used
+    CornerProjector corners(m, lo, hi);
     for (int i = 0; i < 8; ++i) {
-        float c[3];
         Vector3f q;
-        corner(c, i, lo, hi);
-        if (projectBehind(q.getValue(), m, c, depthLimit))
+        if (corners.projectBehind(q.getValue(), i, depthLimit))
             behind.add(q.x(), q.y());
         else
             front.add(q);
@@ -248,10 +337,10 @@ int BoundingBoxAlgo::cameraProjBBox(BoundingBox2D & out, BoundingBox const & box
     float const hi[3] = {box.m_max.x(), box.m_max.y(), box.m_max.z()};
     float const * const m = proj.getValue();
     ScreenRect front, behind;
+    CornerProjector corners(m, lo, hi);
     for (int i = 0; i < 8; ++i) {
-        float c[3], q[3];
-        corner(c, i, lo, hi);
-        if (projectBehind(q, m, c, depthLimit))
+        float q[3];
+        if (corners.projectBehind(q, i, depthLimit))
             behind.add(q[0], q[1]);
         else
             front.add(q[0], q[1]);
@@ -277,10 +366,10 @@ bool BoundingBoxAlgo::BBox3DIntersectBBox2D(BoundingBox const & box, BoundingBox
     float const * const m = proj.getValue();
     ScreenRect front, behind;
     bool allInside = false;
+    CornerProjector corners(m, lo, hi);
     for (int i = 0; i < 8; ++i) {
-        float c[3], q[3];
-        corner(c, i, lo, hi);
-        if (projectBehind(q, m, c, depthLimit)) {
+        float q[3];
+        if (corners.projectBehind(q, i, depthLimit)) {
             behind.add(q[0], q[1]);
             continue;
         }

@@ -4,6 +4,7 @@
 #include "kdrcore/types/Scalar.h"
 
 #include <cmath>
+#include <cstring>
 
 using namespace geomtest;
 
@@ -88,4 +89,36 @@ TEST_F(GeometryKernel, EveryCornerGoesThroughTheKernelCurrentAtThatCorner) {
     BoundingBoxAlgo::QuadDistance2(O, X, Y, Z, MatAff4f::identity(), O);
     EXPECT_EQ(count('m'), 17);
     EXPECT_EQ(count('a'), 12);
+}
+
+TEST_F(GeometryKernel, DefaultKernelSwappedInMidBoxGivesTheBitsOfItsTable) {
+    // First inexact results, W = x / 2 + y / 4 - z + 1 / 2 being exactly 0 at corner 5
+    // (1, -2, 0.5), which projects to (0, 0, 0). Then x' = x + y + z with x = 2^60, y = -2^60
+    // and z = 1 or 2: only the grouping ((x + y) + z) gives 1 and 2; any other gives 0.
+    struct Case {
+        Matrix4f cam;
+        BoundingBox b;
+    } const cases[] = {{Matrix4f(0.7f, 0.1f, -0.3f, 0.5f, -0.1f, 1.3f, 0.2f, 0.25f, 0.3f, -0.2f,
+                                 -1.1f, -1, 0.1f, 0.2f, -0.7f, 0.5f),
+                        box({-1.3f, -2, -1.9f}, {1, 0.7f, 0.5f})},
+                       {Matrix4f(1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 0, 0, 0, 0, -1, 1),
+                        box({0x1p60f, -0x1p60f, 1}, {0x1p60f, -0x1p60f, 2})}};
+    for (Case const & c : cases) {
+        BoundingBox viaTable, inlined, mixed;
+        calls().clear();
+        m_first.setDefault();
+        int const code = BoundingBoxAlgo::cameraProjBBox(viaTable, c.b, c.cam, DEPTH_LIMIT);
+        ASSERT_EQ(calls().size(), 8u);
+        (new EnhancedMathFunctions())->setDefault();
+        EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(inlined, c.b, c.cam, DEPTH_LIMIT), code);
+        calls().clear();
+        m_first.m_next = new EnhancedMathFunctions(); // owned by the kernel pointer once current
+        m_first.m_switchAfter = 3;
+        m_first.setDefault();
+        EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(mixed, c.b, c.cam, DEPTH_LIMIT), code);
+        m_first.m_next = nullptr;
+        EXPECT_EQ(calls().size(), 3u);
+        EXPECT_EQ(std::memcmp(&viaTable, &inlined, sizeof viaTable), 0);
+        EXPECT_EQ(std::memcmp(&viaTable, &mixed, sizeof viaTable), 0);
+    }
 }

@@ -110,7 +110,7 @@ public:
         log('a', v);
         EnhancedMathFunctions::multAffineMatrixVec3f(d, m, v);
     }
-    LoggingKernel * m_next = nullptr;
+    EnhancedMathFunctions * m_next = nullptr;
     int m_switchAfter = 0;
 
 protected:
