@@ -43,6 +43,7 @@ TEST(KDRString, NullObjectIsKnownByAddressOnlyAndSmallHelpers) {
     EXPECT_TRUE(copy == KDRString::m_null && !copy.isNull()); // same text, another object
     EXPECT_EQ(KDRString(3, 'x'), "xxx");
     EXPECT_EQ(KDRString(std::string("hello"), 1, -1), "ello"); // a negative count takes the rest
+    EXPECT_EQ(KDRString(std::string("hello"), 1, 0), "");      // a count of 0 takes nothing
 
     EXPECT_EQ(KDRCheck64bDataLoss(-1), 0xFFFFFFFFu);
     EXPECT_EQ(KDRCheck64bDataLoss(INT_MIN), 0x80000000u);
