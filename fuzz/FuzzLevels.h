@@ -21,7 +21,7 @@ namespace fuzz {
 /// to that level; afterwards the library is back at the level it detects.
 template <class Body> void forEachLevel(Body body) {
 #if KDRCORE_FUZZ_LEVELS
-    const int top = kdrsimd::detectLevel();
+    int const top = kdrsimd::detectLevel();
     for (int level = 0; level <= top; ++level) {
         kdrsimd::g_level.store(level);
         body(level);

@@ -36,7 +36,7 @@ struct Model {
         Range & first = ranges.front();
         if (first.count == 0)
             return -1;
-        const long long id = first.start++;
+        long long const id = first.start++;
         --first.count;
         if (first.count == 0 && ranges.size() > 1)
             ranges.erase(ranges.begin());
@@ -50,7 +50,7 @@ struct Model {
                 break;
             if (requested >= r.start + r.count)
                 continue;
-            const long long end = r.start + r.count;
+            long long const end = r.start + r.count;
             if (requested == r.start) {
                 ++r.start;
                 --r.count;
@@ -69,7 +69,7 @@ struct Model {
     }
 
     bool isFree(long long id) const {
-        for (const Range & r : ranges)
+        for (Range const & r : ranges)
             if (id >= r.start && id < r.start + r.count)
                 return true;
         return false;

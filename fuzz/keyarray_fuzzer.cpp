@@ -19,7 +19,7 @@ constexpr int MAX_KEY = 80;
 
 using Model = std::vector<KDRKey *>; // the objects in order of addition
 
-KDRKey * modelFind(const Model & m, int key) {
+KDRKey * modelFind(Model const & m, int key) {
     for (KDRKey * k : m)
         if (k->getKey() == key)
             return k;
@@ -49,7 +49,7 @@ bool modelRemove(Model & m, KDRKey * object) {
     return false;
 }
 
-void checkSame(const KDRKeyArray & a, const Model & m, int step) {
+void checkSame(KDRKeyArray const & a, Model const & m, int step) {
     FUZZ_CHECK(a.getNumKeys() == static_cast<int>(m.size()), "step %d: getNumKeys %d, expected %zu",
                step, a.getNumKeys(), m.size());
     for (int i = -2; i < static_cast<int>(m.size()) + 2; ++i) {

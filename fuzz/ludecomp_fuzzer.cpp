@@ -34,7 +34,7 @@ double consumeEntry(FuzzedDataProvider & in, std::uint64_t & lcg) {
         lcg = lcg * 6364136223846793005ULL + 1442695040888963407ULL;
         return static_cast<double>(static_cast<int>(lcg >> 40) % 2001 - 1000) / 64.0;
     }
-    static const double special[] = {0.0,
+    static double const special[] = {0.0,
                                      -0.0,
                                      1.0,
                                      -1.0,
@@ -70,14 +70,14 @@ float consumeFloat(FuzzedDataProvider & in, std::uint64_t & lcg) {
 }
 
 // The first failing row of a back substitution (from the bottom, the last row excepted), or -1.
-int failingRow(const double * a, int n) {
+int failingRow(double const * a, int n) {
     for (int i = n - 2; i >= 0; --i)
         if (std::fabs(a[i * n + i]) < PIVOT_LIMIT)
             return i;
     return -1;
 }
 
-void checkLowerZero(const double * a, int n, const char * op) {
+void checkLowerZero(double const * a, int n, char const * op) {
     for (int i = 0; i < n; ++i)
         for (int j = 0; j < i; ++j)
             FUZZ_CHECK(a[i * n + j] == 0.0, "n %d: %s left (%d, %d) = %a", n, op, i, j,
@@ -87,11 +87,11 @@ void checkLowerZero(const double * a, int n, const char * op) {
 // Row i of the upper triangular system a x = b, to rounding: |b - a x| small against the terms.
 // `rel` is the relative rounding of the solution; rows with a non-finite term are not judged.
 // `tiny` is the absolute rounding of the solution (its denormals), per unit of the coefficients.
-void checkRow(const double * a, int n, int i, const double * x, double b, double rel, double tiny,
-              const char * op) {
+void checkRow(double const * a, int n, int i, double const * x, double b, double rel, double tiny,
+              char const * op) {
     double r = b, scale = std::fabs(b), coefficients = 0.0;
     for (int j = i; j < n; ++j) {
-        const double t = a[i * n + j] * x[j];
+        double const t = a[i * n + j] * x[j];
         r -= t;
         scale += std::fabs(t);
         coefficients += std::fabs(a[i * n + j]);
@@ -222,17 +222,17 @@ void checkLevel(Results const & r, Results const & plain, int level, int n) {
 
 void checkSmallParts(FuzzedDataProvider & in, std::uint64_t & lcg) {
     // Permut_lignes on a matrix of exact size: the two rows swap from firstColumn on.
-    const int rows = in.ConsumeIntegralInRange(1, 12), width = in.ConsumeIntegralInRange(1, 70);
-    const int row1 = in.ConsumeIntegralInRange(0, rows - 1);
-    const int row2 = in.ConsumeIntegralInRange(0, rows - 1);
-    const int first = in.ConsumeIntegralInRange(0, width);
+    int const rows = in.ConsumeIntegralInRange(1, 12), width = in.ConsumeIntegralInRange(1, 70);
+    int const row1 = in.ConsumeIntegralInRange(0, rows - 1);
+    int const row2 = in.ConsumeIntegralInRange(0, rows - 1);
+    int const first = in.ConsumeIntegralInRange(0, width);
     std::unique_ptr<double[]> m(new double[static_cast<std::size_t>(rows * width)]);
     for (int k = 0; k < rows * width; ++k)
         m[static_cast<std::size_t>(k)] = static_cast<double>(k);
     LUDecomp::Permut_lignes(m.get(), rows, width, row1, row2, first);
     for (int r = 0; r < rows; ++r)
         for (int c = 0; c < width; ++c) {
-            const int from = c < first ? r : r == row1 ? row2 : r == row2 ? row1 : r;
+            int const from = c < first ? r : r == row1 ? row2 : r == row2 ? row1 : r;
             FUZZ_CHECK(m[static_cast<std::size_t>(r * width + c)] ==
                            static_cast<double>(from * width + c),
                        "Permut_lignes(%d x %d, %d, %d, from %d): (%d, %d)", rows, width, row1, row2,
@@ -240,7 +240,7 @@ void checkSmallParts(FuzzedDataProvider & in, std::uint64_t & lcg) {
         }
 
     _POINT3D points[3] = {{1, 2, 3}, {4, 5, 6}, {7, 8, 9}};
-    const int i1 = in.ConsumeIntegralInRange(0, 2), i2 = in.ConsumeIntegralInRange(0, 2);
+    int const i1 = in.ConsumeIntegralInRange(0, 2), i2 = in.ConsumeIntegralInRange(0, 2);
     _POINT3D expected[3] = {points[0], points[1], points[2]};
     std::swap(expected[i1], expected[i2]);
     LUDecomp::Permut_POINT3D(points, i1, i2);
@@ -250,10 +250,10 @@ void checkSmallParts(FuzzedDataProvider & in, std::uint64_t & lcg) {
 
     // Div3D: one reciprocal, then products rounded to float. Any divisor, 0 included.
     const _POINT3D p{consumeFloat(in, lcg), consumeFloat(in, lcg), consumeFloat(in, lcg)};
-    const double divisor = consumeEntry(in, lcg), r = 1.0 / divisor;
+    double const divisor = consumeEntry(in, lcg), r = 1.0 / divisor;
     const _POINT3D q = Div3D(&p, divisor);
-    const float * qs = &q.x;
-    const float * ps = &p.x;
+    float const * qs = &q.x;
+    float const * ps = &p.x;
     for (int c = 0; c < 3; ++c)
         FUZZ_CHECK(fuzz::sameFloat(qs[c], static_cast<float>(static_cast<double>(ps[c]) * r)),
                    "Div3D by %a", divisor);
@@ -261,11 +261,11 @@ void checkSmallParts(FuzzedDataProvider & in, std::uint64_t & lcg) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
     FuzzedDataProvider in(data, size);
     std::uint64_t lcg = size;
     for (int system = 0; system < 3 && (system == 0 || in.remaining_bytes() > 0); ++system) {
-        const int choice = in.ConsumeIntegralInRange(0, 15);
+        int const choice = in.ConsumeIntegralInRange(0, 15);
         if (choice == 15) {
             LUDecomp::trashRESNUM();
             continue;

@@ -135,11 +135,11 @@ int modelInsertSorted(Model & m, void * p) {
         m.append(p);
         return m.size() - 1;
     }
-    const int c = cmp(m.at(m.cursor));
+    int const c = cmp(m.at(m.cursor));
     if (c == 0)
         return -1;
-    const int from = c < 0 ? 0 : m.cursor;
-    const int end = c < 0 ? m.cursor : m.size() - 1;
+    int const from = c < 0 ? 0 : m.cursor;
+    int const end = c < 0 ? m.cursor : m.size() - 1;
     for (int e = from; e < end; ++e)
         if (cmp(m.at(e + 1)) < 0) {
             m.data.insert(m.data.begin() + e + 1, p);
@@ -152,8 +152,8 @@ int modelInsertSorted(Model & m, void * p) {
 bool modelRemoveRange(Model & m, int from, int to) {
     if (from < 0 || from >= to || to > m.size())
         return false;
-    const int p = m.cursor;
-    const bool reachedEnd = to == m.size();
+    int const p = m.cursor;
+    bool const reachedEnd = to == m.size();
     m.data.erase(m.data.begin() + from, m.data.begin() + to);
     if (m.data.empty())
         m.cursor = -1;
@@ -164,7 +164,7 @@ bool modelRemoveRange(Model & m, int from, int to) {
     return true;
 }
 
-template <class List, class Element> Element * firstElement(List & list, const Model & m) {
+template <class List, class Element> Element * firstElement(List & list, Model const & m) {
     // getElement moves the cursor: put it back where the model has it.
     Element * e = list.getElement(0);
     if (m.cursor >= 0)
@@ -172,7 +172,7 @@ template <class List, class Element> Element * firstElement(List & list, const M
     return e;
 }
 
-void checkLinks(KDRPtrList & list, const Model & m, int step) {
+void checkLinks(KDRPtrList & list, Model const & m, int step) {
     s_KDRPtrListElement * e = firstElement<KDRPtrList, s_KDRPtrListElement>(list, m);
     for (int i = 0; i < m.size(); ++i, e = e->m_next) {
         FUZZ_CHECK(e != nullptr, "step %d: singly linked list ends at %d of %d", step, i, m.size());
@@ -183,7 +183,7 @@ void checkLinks(KDRPtrList & list, const Model & m, int step) {
                m.size());
 }
 
-void checkLinks(KDRPtrDList & list, const Model & m, int step) {
+void checkLinks(KDRPtrDList & list, Model const & m, int step) {
     s_KDRPtrDListElement * e = firstElement<KDRPtrDList, s_KDRPtrDListElement>(list, m);
     s_KDRPtrDListElement * prev = nullptr;
     for (int i = 0; i < m.size(); ++i, prev = e, e = e->m_next) {
@@ -196,7 +196,7 @@ void checkLinks(KDRPtrDList & list, const Model & m, int step) {
                m.size());
 }
 
-template <class List> void checkSame(List & list, const Model & m, const char * name, int step) {
+template <class List> void checkSame(List & list, Model const & m, char const * name, int step) {
     FUZZ_CHECK(list.size() == m.size(), "step %d: %s size %d, expected %d", step, name, list.size(),
                m.size());
     FUZZ_CHECK(list.isEmpty() == m.data.empty(), "step %d: %s isEmpty", step, name);

@@ -18,15 +18,15 @@ std::vector<int> sorted(BinarySort & s, int n) {
 
 TEST(BinarySort, FirstColumnWeighsMostAndFlagsArePackedLowBitFirst) {
     // Records (0, 0, 1, 0) and (0, 0, 0, 1): the first byte of a record weighs most.
-    const unsigned char records[8] = {0, 0, 1, 0, 0, 0, 0, 1};
+    unsigned char const records[8] = {0, 0, 1, 0, 0, 0, 0, 1};
     BinarySort r;
     r.addItem(records, 4);
     EXPECT_EQ(sorted(r, 2), (std::vector<int>{1, 0}));
 
     // Nine rows in groups starting at positions 0, 3, 5 and 8: bit 8 is bit 0 of byte 1, and
     // only the bytes up to the last row's are written.
-    const unsigned char key[9] = {7, 7, 3, 3, 3, 9, 9, 9, 9}, tie[9] = {0, 0, 1, 1, 1, 0, 0, 0, 4};
-    const int rows[9] = {2, 3, 4, 0, 1, 5, 6, 7, 8};
+    unsigned char const key[9] = {7, 7, 3, 3, 3, 9, 9, 9, 9}, tie[9] = {0, 0, 1, 1, 1, 0, 0, 0, 4};
+    int const rows[9] = {2, 3, 4, 0, 1, 5, 6, 7, 8};
     BinarySort s;
     s.addColumn(key);
     s.addColumn(tie);

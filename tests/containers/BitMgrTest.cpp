@@ -11,13 +11,13 @@ namespace {
 // Reference answers for a value of `width` bits, bit by bit: counts of 1 and 0, first 1, first
 // 0, last 1, last 0. First-bit queries give the width when nothing matches, last-bit queries 8.
 template <class W> void expectWidth(W w, int width) {
-    const auto v = static_cast<std::uint32_t>(w);
+    auto const v = static_cast<std::uint32_t>(w);
     int want[6] = {0, width, width, width, 8, 8};
     for (int b = width - 1; b >= 0; --b)
         want[((v >> b) & 1u) != 0 ? (++want[0], --want[1], 2) : 3] = b;
     for (int b = 0; b < width; ++b)
         want[((v >> b) & 1u) != 0 ? 4 : 5] = b;
-    const int got[6] = {BitMgr::getNumBits1(w),  BitMgr::getNumBits0(w), BitMgr::getFirstBit1(w),
+    int const got[6] = {BitMgr::getNumBits1(w),  BitMgr::getNumBits0(w), BitMgr::getFirstBit1(w),
                         BitMgr::getFirstBit0(w), BitMgr::getLastBit1(w), BitMgr::getLastBit0(w)};
     for (int q = 0; q < 6; ++q)
         ASSERT_EQ(got[q], want[q]) << "query " << q << " of " << width << "-bit " << v;

@@ -34,7 +34,7 @@ TEST(IDGenerator, DocumentedSequences) {
     // clang-format on
     IDGenerator g, other;
     for (std::size_t i = 0; i < sizeof steps / sizeof steps[0]; ++i) {
-        const Step & s = steps[i];
+        Step const & s = steps[i];
         if (s.op == 'k') {
             other = g;
         } else if (s.op == 'o') {
@@ -44,7 +44,7 @@ TEST(IDGenerator, DocumentedSequences) {
         } else if (s.op == 'c') {
             g.clear();
         } else {
-            const int got = s.op == 'n'   ? g.generateID()
+            int const got = s.op == 'n'   ? g.generateID()
                             : s.op == 'r' ? g.generateID(s.arg)
                                           : static_cast<int>(g.freeID(s.arg));
             EXPECT_EQ(got, s.expected) << "step " << i;

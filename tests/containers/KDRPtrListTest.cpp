@@ -11,7 +11,7 @@ int g_compareCalls = 0;
 // Orders data by the int they point to; counts its calls.
 int compareInts(void * a, void * b) {
     ++g_compareCalls;
-    const int x = *static_cast<int *>(a), y = *static_cast<int *>(b);
+    int const x = *static_cast<int *>(a), y = *static_cast<int *>(b);
     return (x > y) - (x < y);
 }
 

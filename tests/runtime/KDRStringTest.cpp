@@ -16,10 +16,10 @@ constexpr unsigned short kSentinel = 0xBEEF;
 
 // Runs swprintf into a sentinel-filled buffer and checks the contract on every call: the count
 // is the position of the terminator, and no unit behind the terminator was touched.
-template <class... Args> std::u16string format16(const std::u16string & format, Args... args) {
+template <class... Args> std::u16string format16(std::u16string const & format, Args... args) {
     std::vector<unsigned short> f(format.begin(), format.end()), buffer(8192, kSentinel);
     f.push_back(0);
-    const int n = swprintf(buffer.data(), f.data(), args...);
+    int const n = swprintf(buffer.data(), f.data(), args...);
     if (n < 0 || n >= 8191) {
         ADD_FAILURE() << "count " << n;
         return u"";
@@ -30,7 +30,7 @@ template <class... Args> std::u16string format16(const std::u16string & format, 
     return std::u16string(buffer.begin(), buffer.begin() + n);
 }
 
-std::u16string widen(const std::string & s) {
+std::u16string widen(std::string const & s) {
     return std::u16string(s.begin(), s.end());
 }
 

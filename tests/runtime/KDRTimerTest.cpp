@@ -12,11 +12,11 @@
 namespace {
 
 // Read while this program starts, before any test could have made a timer.
-const bool initDoneAtStart = KDRTimer::timingInitDone;
-const double elapsedAtStart = KDRTimer::getElapsedTime();
+bool const initDoneAtStart = KDRTimer::timingInitDone;
+double const elapsedAtStart = KDRTimer::getElapsedTime();
 
 // Zero-terminated 16-bit copy of `ascii`; pass `.data()` where the timer takes a name.
-std::vector<unsigned short> name16(const std::string & ascii) {
+std::vector<unsigned short> name16(std::string const & ascii) {
     std::vector<unsigned short> out(ascii.begin(), ascii.end());
     out.push_back(0);
     return out;
@@ -24,7 +24,7 @@ std::vector<unsigned short> name16(const std::string & ascii) {
 
 std::vector<std::string> printed; // the lines handed to m_outFunction, narrowed
 
-void collectLine(const unsigned short * line) {
+void collectLine(unsigned short const * line) {
     printed.emplace_back();
     while (*line != 0)
         printed.back() += static_cast<char>(*line++);
@@ -37,7 +37,7 @@ TEST(KDRTimer, TimeBaseIsSetOnceAndShared) {
     EXPECT_EQ(elapsedAtStart, 0.0); // no time base yet: seconds per tick is still 0
     EXPECT_TRUE(KDRTimer::initTimingTools() && KDRTimer::timingInitDone);
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    const double before = KDRTimer::getElapsedTime();
+    double const before = KDRTimer::getElapsedTime();
     EXPECT_TRUE(before >= 0.02 && before < 3600.0); // seconds, not ticks or milliseconds
     // Neither a repeated initialisation nor a new timer moves the base back to zero.
     EXPECT_TRUE(KDRTimer::initTimingTools());
@@ -49,14 +49,14 @@ TEST(KDRTimer, LapsFindTimePrintAndResets) {
     KDRTimer::m_outFunction = collectLine;
     KDRTimer timer;
     int index = 7;
-    const char * ascii[4] = {"draw", "load", "load", ""};
+    char const * ascii[4] = {"draw", "load", "load", ""};
     const std::vector<unsigned short> names[4] = {name16(ascii[0]), name16(ascii[1]),
                                                   name16(ascii[2]), name16(ascii[3])},
                                       load = name16("load"), prefix = name16("loa");
     EXPECT_EQ(timer.findTime(load.data(), index, 0), 0.0);
     EXPECT_EQ(index, -1);
     timer.print(); // no laps, no lines
-    for (const auto & name : names) {
+    for (auto const & name : names) {
         std::this_thread::sleep_for(std::chrono::milliseconds(3));
         timer.pushTime(name.data());
     }
@@ -76,7 +76,7 @@ TEST(KDRTimer, LapsFindTimePrintAndResets) {
     timer.print();
     ASSERT_EQ(printed.size(), 4u);
     for (std::size_t i = 0; i < 4; ++i) { // from the origin to the lap, and from the lap before
-        const double t = timer.m_times[i], previous = i ? timer.m_times[i - 1] : timer.m_resetTime;
+        double const t = timer.m_times[i], previous = i ? timer.m_times[i - 1] : timer.m_resetTime;
         char line[256];
         std::snprintf(line, sizeof line, " %zu: %s = %.5f  [%.5f]", i, ascii[i],
                       t - timer.m_resetTime, t - previous);

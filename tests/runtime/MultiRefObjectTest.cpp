@@ -32,7 +32,7 @@ static_assert(std::is_copy_constructible_v<AutoRefUnref> && std::is_copy_assigna
 
 TEST(MultiRefObject, UnrefDeletesOnlyOnTheStepToZero) {
     int deaths = 0;
-    const Probe * p = new Probe(&deaths);
+    Probe const * p = new Probe(&deaths);
     EXPECT_EQ(p->getRefCount(), 0);
     p->ref();
     p->unref(); // 1 -> 0: the derived destructor runs, once
@@ -65,7 +65,7 @@ TYPED_TEST_SUITE(Guards, GuardTypes);
 TYPED_TEST(Guards, ModesAreResolvedAtConstruction) {
     using Guard = TypeParam;
     using Mode = typename Guard::e_deleteMode;
-    const int own = std::is_same_v<Guard, AutoUnref> ? 0 : 1; // the guard's own reference
+    int const own = std::is_same_v<Guard, AutoUnref> ? 0 : 1; // the guard's own reference
     int deaths = 0;
     Probe * p = new Probe(&deaths);
     auto setCount = [p](int count) { // as if other owners came or went

@@ -20,15 +20,15 @@ namespace fs = std::filesystem;
 namespace {
 
 // Read while this program starts, before any test ran.
-const eKDROSVersion osVersionAtStart = KDROSVersion::getOSVersion();
+eKDROSVersion const osVersionAtStart = KDROSVersion::getOSVersion();
 // The four version tests as bits 0 to 3.
 int osTests() {
     return KDROSVersion::isOS9() | KDROSVersion::isOSX() << 1 | KDROSVersion::isOSXJaguar() << 2 |
            KDROSVersion::isOSXPanther() << 3;
 }
-const int osTestsAtStart = osTests();
+int const osTestsAtStart = osTests();
 
-std::string contents(const fs::path & file) {
+std::string contents(fs::path const & file) {
     std::ifstream in(file, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
@@ -76,7 +76,7 @@ TEST(KDRDebugFile, EmptiedOnceThenAppendedInFlushedLines) {
         {std::string(5000, 'c'), std::string(4094, 'c') + "\n"}};
     // clang-format on
     std::string expected;
-    for (const auto & t : texts) {
+    for (auto const & t : texts) {
         KDRDebugFile::writeDebugFile(t[0].c_str());
         expected += t[1];
         ASSERT_EQ(contents(file), expected) << "after " << t[0].substr(0, 10);

@@ -36,10 +36,10 @@ TEST_F(LUDecompTest, PivotIsTheFirstAcceptableRowAndAMissingOneClearsTheColumn) 
     double g[9] = {5e-5, 1, 2, 9e-5, 3, 4, -9e-5, 5, 7}, h[3] = {1, 2, 3};
     EXPECT_TRUE(LUDecomp::Triangularise_matrice(g, h, 3));
     EXPECT_TRUE(g[3] == 0.0 && g[4] == 3.0 && g[8] == 7.0 - (1.0 / 3.0) * 5.0 * 4.0);
-    const double identity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1}, sevens[3] = {7, 7, 7};
+    double const identity[9] = {1, 0, 0, 0, 1, 0, 0, 0, 1}, sevens[3] = {7, 7, 7};
     bool ok = false;
     LUDecomp::Resoud_matrice(identity, sevens, 3, &ok); // the result buffer now holds 7s
-    const double * x = LUDecomp::Resoud_matrice(g, h, 3, &ok);
+    double const * x = LUDecomp::Resoud_matrice(g, h, 3, &ok);
     EXPECT_TRUE(!ok && x[2] == h[2] / g[8] && x[1] == (h[1] - g[5] * x[2]) / g[4]);
     EXPECT_EQ(x[0], 7.0) << "the failing row is not written";
 
@@ -69,7 +69,7 @@ TEST_F(LUDecompTest, DiagonalTestsOfTheEliminationAndBothBackSubstitutions) {
     // Points: a last diagonal of 1e-7 is accepted, an exact 0 refused at once (all zero); 1e-7
     // higher up fails with the rows below solved and the rest zero.
     const _POINT3D rhs[2] = {{1, 2, 3}, {4, 8, 12}};
-    const double lastSmall[4] = {2, 1, 0, 1e-7}, lastZero[4] = {2, 1, 0, 0},
+    double const lastSmall[4] = {2, 1, 0, 1e-7}, lastZero[4] = {2, 1, 0, 0},
                  upperSmall[4] = {1e-7, 1, 0, 2};
     _POINT3D * p = LUDecomp::Resoud_Pmatrice(lastSmall, rhs, 2, &ok);
     EXPECT_TRUE(ok && p[1].y == static_cast<float>(8.0 * (1.0 / 1e-7)));
@@ -168,12 +168,12 @@ TEST_F(LUDecompTest, BuffersGrowOnlyAndTrashReleasesThem) {
         std::free(LUDecomp::Resoud_Pmatrice(pa, p, n, &ok));
         return LUDecomp::Resoud_matrice(a, b, n, &ok);
     };
-    const double * first = solve(3);
+    double const * first = solve(3);
     EXPECT_EQ(solve(2), first); // smaller: no reallocation
     EXPECT_EQ(solve(3), first);
     LUDecomp::trashRESNUM();
     LUDecomp::trashRESNUM();     // harmless
-    const double * x = solve(3); // allocates anew and still solves
+    double const * x = solve(3); // allocates anew and still solves
     EXPECT_TRUE(x[0] == 1.5 && x[1] == 0.0 && x[2] == 0.5);
 }
 
