@@ -29,7 +29,7 @@ inline bool isSentinel(float v) {
 // Any float, with the troublesome ones often: zeros, NaNs, infinities, denormals, the extremes,
 // values beside the library's tolerances, and small exact values that make degenerate shapes.
 inline float consumeFloat(FuzzedDataProvider & in) {
-    static const float special[] = {0.0f,     -0.0f,     1.0f,     -1.0f,        0.5f,
+    static float const special[] = {0.0f,     -0.0f,     1.0f,     -1.0f,        0.5f,
                                     2.0f,     1e-4f,     -1e-4f,   1.0001e-4f,   9.999e-5f,
                                     1e-7f,    0.05f,     0.01f,    1.5707964f,   3.1415927f,
                                     INFINITY, -INFINITY, NAN,      FLT_TRUE_MIN, -FLT_TRUE_MIN,

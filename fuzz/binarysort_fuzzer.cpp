@@ -18,35 +18,35 @@
 namespace {
 
 struct ModelColumn {
-    const unsigned char * data;
+    unsigned char const * data;
     unsigned int stride;
     unsigned char at(int row) const { return data[static_cast<std::size_t>(row) * stride]; }
 };
 
-int compareRows(const std::vector<ModelColumn> & columns, int a, int b) {
-    for (const ModelColumn & c : columns)
+int compareRows(std::vector<ModelColumn> const & columns, int a, int b) {
+    for (ModelColumn const & c : columns)
         if (c.at(a) != c.at(b))
             return c.at(a) < c.at(b) ? -1 : 1;
     return 0;
 }
 
-void checkUnique(const BinarySort & sorter, const std::vector<ModelColumn> & columns,
-                 const std::vector<int> & rows, int pass) {
-    const int numRows = static_cast<int>(rows.size());
+void checkUnique(BinarySort const & sorter, std::vector<ModelColumn> const & columns,
+                 std::vector<int> const & rows, int pass) {
+    int const numRows = static_cast<int>(rows.size());
     const std::size_t flagBytes =
         numRows == 0 ? 0 : static_cast<std::size_t>((numRows - 1) / 8 + 1);
     // Exactly the bytes the call may write, with a guard byte behind them.
     std::unique_ptr<unsigned char[]> flags(new unsigned char[flagBytes + 1]);
     std::fill(flags.get(), flags.get() + flagBytes + 1, 0xA5);
-    const int count = sorter.getUniqueRows(numRows, rows.data(), flags.get());
+    int const count = sorter.getUniqueRows(numRows, rows.data(), flags.get());
 
     int expected = numRows == 0 ? 0 : 1;
     for (int j = 0; j < numRows; ++j) {
-        const bool differs = j == 0 || compareRows(columns, rows[static_cast<std::size_t>(j - 1)],
+        bool const differs = j == 0 || compareRows(columns, rows[static_cast<std::size_t>(j - 1)],
                                                    rows[static_cast<std::size_t>(j)]) != 0;
         if (j > 0 && differs)
             ++expected;
-        const bool flagged = (flags[static_cast<std::size_t>(j / 8)] >> (j % 8)) & 1;
+        bool const flagged = (flags[static_cast<std::size_t>(j / 8)] >> (j % 8)) & 1;
         FUZZ_CHECK(flagged == differs, "pass %d: flag of position %d is %d, expected %d", pass, j,
                    flagged, differs);
     }
@@ -62,19 +62,19 @@ void checkUnique(const BinarySort & sorter, const std::vector<ModelColumn> & col
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
     FuzzedDataProvider in(data, size);
-    const int maxRows = in.ConsumeIntegralInRange(0, 300);
+    int const maxRows = in.ConsumeIntegralInRange(0, 300);
     // A narrow byte alphabet makes ties, and so stability, matter.
-    const int alphabet = in.ConsumeIntegralInRange(1, 256);
+    int const alphabet = in.ConsumeIntegralInRange(1, 256);
 
     BinarySort sorter;
     std::vector<ModelColumn> columns;
     std::vector<std::unique_ptr<unsigned char[]>> storage;
-    const int groups = in.ConsumeIntegralInRange(0, 6);
+    int const groups = in.ConsumeIntegralInRange(0, 6);
     for (int g = 0; g < groups; ++g) {
-        const bool item = in.ConsumeBool();
-        const unsigned int width = item ? in.ConsumeIntegralInRange(0u, 6u) : 1u;
+        bool const item = in.ConsumeBool();
+        unsigned int const width = item ? in.ConsumeIntegralInRange(0u, 6u) : 1u;
         const std::size_t bytes = static_cast<std::size_t>(maxRows) * width;
         // Exact size (at least one byte, so that the pointer is a real allocation).
         storage.emplace_back(new unsigned char[std::max<std::size_t>(bytes, 1)]);
@@ -93,7 +93,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t siz
 
     // Sort several row counts with the same sorter: it must be reusable.
     for (int pass = 0; pass < 3; ++pass) {
-        const int numRows = pass == 0 ? maxRows : in.ConsumeIntegralInRange(0, maxRows);
+        int const numRows = pass == 0 ? maxRows : in.ConsumeIntegralInRange(0, maxRows);
         std::vector<int> expected(static_cast<std::size_t>(numRows));
         std::iota(expected.begin(), expected.end(), 0);
         std::stable_sort(expected.begin(), expected.end(),

@@ -3,11 +3,12 @@
 // The model keeps the sorted list of free ranges and applies the documented walks of
 // generateID(), generateID(requested) and freeID to it, with the library's choices where the
 // contract leaves one: an id that is free already cannot be freed again, clear() makes the
-// generator as new, and the very last free id taken by request leaves an
-// empty range as the mark of exhaustion. Ids come from both ends of the range, so that the top of
-// the id space and the exhaustion mark are reached. Three generators take part, so that copies
-// and assignments are checked to go on independently.
-#include "FuzzCheck.h"
+// generator as new, and the very last free id taken by request leaves an empty range as the mark
+// of exhaustion. Ids come from both ends of the range, so that the top of the id space and the
+// exhaustion mark are reached. Three generators take part, so that copies and assignments are
+// checked to go on independently; after each operation a copy of each generator must give the
+// model's next id.
+#include "ModelRunner.h"
 
 #include "kdrcore/containers/IDGenerator.h"
 
@@ -35,7 +36,7 @@ struct Model {
         Range & first = ranges.front();
         if (first.count == 0)
             return -1;
-        const long long id = first.start++;
+        long long const id = first.start++;
         --first.count;
         if (first.count == 0 && ranges.size() > 1)
             ranges.erase(ranges.begin());
@@ -49,7 +50,7 @@ struct Model {
                 break;
             if (requested >= r.start + r.count)
                 continue;
-            const long long end = r.start + r.count;
+            long long const end = r.start + r.count;
             if (requested == r.start) {
                 ++r.start;
                 --r.count;
@@ -68,7 +69,7 @@ struct Model {
     }
 
     bool isFree(long long id) const {
-        for (const Range & r : ranges)
+        for (Range const & r : ranges)
             if (id >= r.start && id < r.start + r.count)
                 return true;
         return false;
@@ -108,61 +109,79 @@ int consumeId(FuzzedDataProvider & in) {
     }
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
-    FuzzedDataProvider in(data, size);
+struct State {
     IDGenerator generators[3];
     Model models[3];
-    for (int step = 0; in.remaining_bytes() > 0 && step < 400; ++step) {
-        const int which = in.ConsumeIntegralInRange(0, 2);
-        IDGenerator & g = generators[which];
-        Model & m = models[which];
-        const int other = (which + 1 + in.ConsumeIntegralInRange(0, 1)) % 3;
-        switch (in.ConsumeIntegralInRange(0, 9)) {
-        case 0:
-        case 1:
-        case 2:
-        case 3:
-        case 4:
-        case 5:
-        case 6:
-        case 7: { // generateID(), generateID(requested), freeID(id)
-            const int kind = in.ConsumeIntegralInRange(0, 2), id = consumeId(in);
-            const int expected = kind == 0 ? m.generate() : kind == 1 ? m.generate(id) : m.free(id);
-            const int got = kind == 0   ? g.generateID()
-                            : kind == 1 ? g.generateID(id)
-                                        : g.freeID(id);
-            FUZZ_CHECK(got == expected, "step %d: %s(%d) %d, expected %d", step,
-                       kind == 2 ? "freeID" : "generateID", id, got, expected);
-            break;
-        }
-        case 8: {
-            const int kind = in.ConsumeIntegralInRange(0, 2);
-            if (kind == 0) {
-                g = generators[other];
-            } else if (kind == 1) {
-                IDGenerator copy(generators[other]);
-                g = copy; // the copy dies here: g must not share its ranges
-            } else {
-                IDGenerator & self = g;
-                g = self;
-                break;
-            }
-            m = models[other];
-            break;
-        }
-        default:
-            g.clear();
-            m = Model();
-            break;
+    int which = 0, other = 1;
+
+    IDGenerator & g() { return generators[which]; }
+    Model & m() { return models[which]; }
+
+    void check(char const * op, int step) const {
+        for (int k = 0; k < 3; ++k) {
+            IDGenerator copy(generators[k]);
+            Model next = models[k];
+            int const expected = next.generate();
+            FUZZ_CHECK(copy.generateID() == expected, "step %d %s: generator %d, next id not %d",
+                       step, op, k, expected);
         }
     }
-    // Drain a few ids from each: the generators must agree with their models to the end.
-    for (int k = 0; k < 3; ++k)
-        for (int i = 0; i < 8; ++i) {
-            const int expected = models[k].generate();
-            FUZZ_CHECK(generators[k].generateID() == expected, "final drain of %d", k);
-        }
+};
+
+using In = FuzzedDataProvider;
+
+void expectId(int got, int expected, char const * what, int id, int step) {
+    FUZZ_CHECK(got == expected, "step %d: %s(%d) %d, expected %d", step, what, id, got, expected);
+}
+
+fuzz::Operation<State> const OPS[] = {
+    {"choose",
+     [](State & s, In & in, int) {
+         s.which = in.ConsumeIntegralInRange(0, 2);
+         s.other = (s.which + 1 + in.ConsumeIntegralInRange(0, 1)) % 3;
+     }},
+    {"generateID()",
+     [](State & s, In &, int step) {
+         expectId(s.g().generateID(), s.m().generate(), "generateID", 0, step);
+     }},
+    {"generateID(requested)",
+     [](State & s, In & in, int step) {
+         int const id = consumeId(in);
+         expectId(s.g().generateID(id), s.m().generate(id), "generateID", id, step);
+     }},
+    {"freeID",
+     [](State & s, In & in, int step) {
+         int const id = consumeId(in);
+         expectId(s.g().freeID(id), s.m().free(id), "freeID", id, step);
+     }},
+    {"operator=",
+     [](State & s, In &, int) {
+         s.g() = s.generators[s.other];
+         s.m() = s.models[s.other];
+     }},
+    {"copy construction",
+     [](State & s, In &, int) {
+         IDGenerator copy(s.generators[s.other]);
+         s.g() = copy; // the copy dies here: g must not share its ranges
+         s.m() = s.models[s.other];
+     }},
+    {"self-assignment",
+     [](State & s, In &, int) {
+         IDGenerator & self = s.g();
+         s.g() = self;
+     }},
+    {"clear",
+     [](State & s, In &, int) {
+         s.g().clear();
+         s.m() = Model();
+     }},
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
+    FuzzedDataProvider in(data, size);
+    State state;
+    fuzz::runModel(state, in, OPS, 400);
     return 0;
 }

@@ -4,7 +4,7 @@
 // arrays; the model keeps the objects in order of addition. After every operation each array is
 // compared with its model: the count, every position, and findKey over all key values, those
 // beyond the table and negative ones included.
-#include "FuzzCheck.h"
+#include "ModelRunner.h"
 
 #include "kdrcore/containers/KDRKeyArray.h"
 
@@ -19,7 +19,7 @@ constexpr int MAX_KEY = 80;
 
 using Model = std::vector<KDRKey *>; // the objects in order of addition
 
-KDRKey * modelFind(const Model & m, int key) {
+KDRKey * modelFind(Model const & m, int key) {
     for (KDRKey * k : m)
         if (k->getKey() == key)
             return k;
@@ -49,7 +49,7 @@ bool modelRemove(Model & m, KDRKey * object) {
     return false;
 }
 
-void checkSame(const KDRKeyArray & a, const Model & m, int step) {
+void checkSame(KDRKeyArray const & a, Model const & m, int step) {
     FUZZ_CHECK(a.getNumKeys() == static_cast<int>(m.size()), "step %d: getNumKeys %d, expected %zu",
                step, a.getNumKeys(), m.size());
     for (int i = -2; i < static_cast<int>(m.size()) + 2; ++i) {
@@ -63,67 +63,80 @@ void checkSame(const KDRKeyArray & a, const Model & m, int step) {
                "step %d: findKey far out", step);
 }
 
-} // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
-    FuzzedDataProvider in(data, size);
+struct State {
     std::vector<KDRKey> pool;
-    pool.reserve(64); // the arrays hold pointers into the pool: it must not move
-    while (pool.size() < 64 && in.remaining_bytes() > 0 && in.ConsumeBool())
-        pool.emplace_back(in.ConsumeIntegralInRange(-3, MAX_KEY));
-    pool.emplace_back(0);
-    pool.emplace_back(); // two key-0 objects: they collide
-
     KDRKeyArray arrays[2];
     Model models[2];
-    for (int step = 0; in.remaining_bytes() > 0 && step < 300; ++step) {
-        const int which = in.ConsumeBool() ? 1 : 0;
-        KDRKeyArray & a = arrays[which];
-        Model & m = models[which];
-        const std::size_t pick = in.ConsumeIntegralInRange<std::size_t>(0, pool.size());
-        KDRKey * const object = pick == pool.size() ? nullptr : &pool[pick];
-        switch (in.ConsumeIntegralInRange(0, 7)) {
-        case 0:
-        case 1:
-        case 2: {
-            const bool expected = modelAdd(m, object);
-            FUZZ_CHECK(a.addKey(object) == expected, "step %d: addKey should be %d", step,
-                       expected);
-            break;
-        }
-        case 3:
-        case 4: {
-            const bool expected = modelRemove(m, object);
-            FUZZ_CHECK(a.removeKey(object) == expected, "step %d: removeKey should be %d", step,
-                       expected);
-            break;
-        }
-        case 5:
-            a.swap(arrays[1 - which]);
-            std::swap(m, models[1 - which]);
-            break;
-        case 6: {
-            const int kind = in.ConsumeIntegralInRange(0, 2);
-            if (kind == 0) {
-                a = arrays[1 - which];
-            } else if (kind == 1) {
-                KDRKeyArray copy(arrays[1 - which]); // copies, as operator= does
-                a.swap(copy);
-            } else {
-                KDRKeyArray & self = a;
-                a = self;
-                break;
-            }
-            m = models[1 - which];
-            break;
-        }
-        default:
-            a.clear();
-            m.clear();
-            break;
-        }
+    int which = 0;
+
+    KDRKeyArray & a() { return arrays[which]; }
+    Model & m() { return models[which]; }
+    KDRKey * consumeObject(FuzzedDataProvider & in) { // null included
+        std::size_t const pick = in.ConsumeIntegralInRange<std::size_t>(0, pool.size());
+        return pick == pool.size() ? nullptr : &pool[pick];
+    }
+    void check(char const *, int step) const {
         checkSame(arrays[0], models[0], step);
         checkSame(arrays[1], models[1], step);
     }
+};
+
+using In = FuzzedDataProvider;
+
+fuzz::Operation<State> const OPS[] = {
+    {"switch arrays", [](State & s, In &, int) { s.which = 1 - s.which; }},
+    {"addKey",
+     [](State & s, In & in, int step) {
+         KDRKey * const object = s.consumeObject(in);
+         bool const expected = modelAdd(s.m(), object);
+         FUZZ_CHECK(s.a().addKey(object) == expected, "step %d: addKey should be %d", step,
+                    expected);
+     }},
+    {"removeKey",
+     [](State & s, In & in, int step) {
+         KDRKey * const object = s.consumeObject(in);
+         bool const expected = modelRemove(s.m(), object);
+         FUZZ_CHECK(s.a().removeKey(object) == expected, "step %d: removeKey should be %d", step,
+                    expected);
+     }},
+    {"swap",
+     [](State & s, In &, int) {
+         s.a().swap(s.arrays[1 - s.which]);
+         std::swap(s.m(), s.models[1 - s.which]);
+     }},
+    {"operator=",
+     [](State & s, In &, int) {
+         s.a() = s.arrays[1 - s.which];
+         s.m() = s.models[1 - s.which];
+     }},
+    {"copy construction", // copies, as operator= does
+     [](State & s, In &, int) {
+         KDRKeyArray copy(s.arrays[1 - s.which]);
+         s.a().swap(copy);
+         s.m() = s.models[1 - s.which];
+     }},
+    {"self-assignment",
+     [](State & s, In &, int) {
+         KDRKeyArray & self = s.a();
+         s.a() = self;
+     }},
+    {"clear",
+     [](State & s, In &, int) {
+         s.a().clear();
+         s.m().clear();
+     }},
+};
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
+    FuzzedDataProvider in(data, size);
+    State state;
+    state.pool.reserve(64); // the arrays hold pointers into the pool: it must not move
+    while (state.pool.size() < 64 && in.remaining_bytes() > 0 && in.ConsumeBool())
+        state.pool.emplace_back(in.ConsumeIntegralInRange(-3, MAX_KEY));
+    state.pool.emplace_back(0);
+    state.pool.emplace_back(); // two key-0 objects: they collide
+    fuzz::runModel(state, in, OPS, 300);
     return 0;
 }

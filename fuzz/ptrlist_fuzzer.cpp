@@ -1,12 +1,13 @@
 // Fuzz target: KDRPtrList and KDRPtrDList against a model of their contract.
 //
-// The model is a vector of data pointers and the cursor's position; every operation decoded from
-// the input runs on a singly and a doubly linked list (and on the model of each: they differ in
-// insert at the end and goToPrev), and after each one the lists are compared with their models:
-// size, cursor position and data, both ends, every element in order and, in the doubly linked
-// list, every m_prev link. The data pointers are fake (small integers): the lists must never look
-// into them, and AddressSanitizer would see it if they did.
-#include "FuzzCheck.h"
+// The model is a vector of data pointers and the cursor's position. Each operation of the table
+// runs with the same arguments on a singly and on a doubly linked list and on the model of each
+// (they differ in insert at the end; insertSorted and removeRange belong to the singly linked
+// list, goToPrev to the doubly linked one); after each one every list is compared with its
+// model: size, cursor position and data, both ends, every element in order and, in the doubly
+// linked list, every m_prev link. The data pointers are fake (small integers): the lists must
+// never look into them, and AddressSanitizer would see it if they did.
+#include "ModelRunner.h"
 
 #include "kdrcore/containers/KDRPtrList.h"
 
@@ -134,11 +135,11 @@ int modelInsertSorted(Model & m, void * p) {
         m.append(p);
         return m.size() - 1;
     }
-    const int c = cmp(m.at(m.cursor));
+    int const c = cmp(m.at(m.cursor));
     if (c == 0)
         return -1;
-    const int from = c < 0 ? 0 : m.cursor;
-    const int end = c < 0 ? m.cursor : m.size() - 1;
+    int const from = c < 0 ? 0 : m.cursor;
+    int const end = c < 0 ? m.cursor : m.size() - 1;
     for (int e = from; e < end; ++e)
         if (cmp(m.at(e + 1)) < 0) {
             m.data.insert(m.data.begin() + e + 1, p);
@@ -151,8 +152,8 @@ int modelInsertSorted(Model & m, void * p) {
 bool modelRemoveRange(Model & m, int from, int to) {
     if (from < 0 || from >= to || to > m.size())
         return false;
-    const int p = m.cursor;
-    const bool reachedEnd = to == m.size();
+    int const p = m.cursor;
+    bool const reachedEnd = to == m.size();
     m.data.erase(m.data.begin() + from, m.data.begin() + to);
     if (m.data.empty())
         m.cursor = -1;
@@ -163,7 +164,7 @@ bool modelRemoveRange(Model & m, int from, int to) {
     return true;
 }
 
-template <class List, class Element> Element * firstElement(List & list, const Model & m) {
+template <class List, class Element> Element * firstElement(List & list, Model const & m) {
     // getElement moves the cursor: put it back where the model has it.
     Element * e = list.getElement(0);
     if (m.cursor >= 0)
@@ -171,7 +172,7 @@ template <class List, class Element> Element * firstElement(List & list, const M
     return e;
 }
 
-void checkLinks(KDRPtrList & list, const Model & m, int step) {
+void checkLinks(KDRPtrList & list, Model const & m, int step) {
     s_KDRPtrListElement * e = firstElement<KDRPtrList, s_KDRPtrListElement>(list, m);
     for (int i = 0; i < m.size(); ++i, e = e->m_next) {
         FUZZ_CHECK(e != nullptr, "step %d: singly linked list ends at %d of %d", step, i, m.size());
@@ -182,7 +183,7 @@ void checkLinks(KDRPtrList & list, const Model & m, int step) {
                m.size());
 }
 
-void checkLinks(KDRPtrDList & list, const Model & m, int step) {
+void checkLinks(KDRPtrDList & list, Model const & m, int step) {
     s_KDRPtrDListElement * e = firstElement<KDRPtrDList, s_KDRPtrDListElement>(list, m);
     s_KDRPtrDListElement * prev = nullptr;
     for (int i = 0; i < m.size(); ++i, prev = e, e = e->m_next) {
@@ -195,7 +196,7 @@ void checkLinks(KDRPtrDList & list, const Model & m, int step) {
                m.size());
 }
 
-template <class List> void checkSame(List & list, const Model & m, const char * name, int step) {
+template <class List> void checkSame(List & list, Model const & m, char const * name, int step) {
     FUZZ_CHECK(list.size() == m.size(), "step %d: %s size %d, expected %d", step, name, list.size(),
                m.size());
     FUZZ_CHECK(list.isEmpty() == m.data.empty(), "step %d: %s isEmpty", step, name);
@@ -211,158 +212,216 @@ template <class List> void checkSame(List & list, const Model & m, const char * 
                name);
 }
 
-// One operation on one list and its model. `doubly` selects the doubly linked list's rules.
-template <class List>
-void apply(List & list, Model & m, List & other, Model & mo, int op, FuzzedDataProvider & in,
-           bool doubly, int step) {
-    void * const p = fake(in.ConsumeIntegralInRange(0, 40));
-    const int position = in.ConsumeIntegralInRange(-2, m.size() + 2);
-    auto expect = [step](bool got, bool expected, const char * what, int arg) {
-        FUZZ_CHECK(got == expected, "step %d: %s(%d) gave %d", step, what, arg, got);
-    };
-    const bool any = !m.data.empty();
-    switch (op) {
-    case 0:
-    case 1:
-        expect(op == 0 ? list.prepend(p) : list.append(p), true, "prepend/append", keyOf(p));
-        op == 0 ? m.prepend(p) : m.append(p);
-        break;
-    case 2:
-        expect(list.insert(p, position), m.insert(p, position, doubly), "insert", position);
-        break;
-    case 3:
-    case 4: // goToStart, goToEnd
-        expect(op == 3 ? list.goToStart() : list.goToEnd(), any, "goToStart/End", 0);
-        if (any)
-            m.cursor = op == 3 ? 0 : m.size() - 1;
-        break;
-    case 5: {
-        const bool expected = m.cursor >= 0 && m.cursor + 1 < m.size();
-        expect(list.goToNext(), expected, "goToNext", 0);
-        m.cursor += expected ? 1 : 0;
-        break;
-    }
-    case 6: {
-        int found = -1;
-        for (int i = 0; p != nullptr && found < 0 && i < m.size(); ++i)
-            found = m.at(i) == p ? i : -1;
-        expect(list.goToData(p), found >= 0, "goToData", keyOf(p));
-        if (found >= 0)
-            m.cursor = found;
-        break;
-    }
-    case 7: {
-        const bool inside = position >= 0 && position < m.size();
-        const int kind = in.ConsumeIntegralInRange(0, 2);
-        if (kind == 0) {
-            expect(list.goToPosition(position), inside, "goToPosition", position);
-        } else if (kind == 1) {
-            expect(list.getData(position) == (inside ? m.at(position) : nullptr), true, "getData",
-                   position);
-        } else {
-            auto * e = list.getElement(position);
-            expect(e != nullptr && (!inside || e->m_data == m.at(position)), inside, "getElement",
-                   position);
+using In = FuzzedDataProvider;
+
+template <class List> struct Side {
+    List lists[2];
+    Model models[2];
+};
+
+struct State {
+    Side<KDRPtrList> single;
+    Side<KDRPtrDList> twin;
+    int which = 0; // the list the operation works on; the other is the source of copies
+
+    void check(char const * op, int step) {
+        for (int k = 0; k < 2; ++k) {
+            checkSame(single.lists[k], single.models[k], op, step);
+            checkSame(twin.lists[k], twin.models[k], op, step);
         }
-        if (inside)
-            m.cursor = position;
-        break;
     }
-    case 8:
-        expect(list.removeFirstData(), m.removeFirst(), "removeFirstData", 0);
-        break;
-    case 9:
-        expect(list.removeLastData(), m.removeLast(), "removeLastData", 0);
-        break;
-    case 10:
-        expect(list.removeData(position), m.removeAt(position), "removeData", position);
-        break;
-    case 11:
-        expect(list.removeData(p), m.removeData(p), "removeData(data)", keyOf(p));
-        break;
-    case 12:
-        expect(list.removeAll(in.ConsumeBool()), any, "removeAll", 0);
-        m.clearAll();
-        break;
-    case 13:
-        expect(list.reverseList(), m.size() >= 2, "reverseList", 0);
-        if (m.size() >= 2) {
-            std::reverse(m.data.begin(), m.data.end());
-            m.cursor = 0;
-        }
-        break;
-    case 14: { // copy construction and assignment: the cursor goes to the start
-        const int kind = in.ConsumeIntegralInRange(0, 2);
-        if (kind == 0) {
-            List copy(other);
-            list = copy;
-        } else if (kind == 1) {
-            list = other;
-        } else {
-            List & self = list;
-            list = self; // changes nothing
-            break;
-        }
-        m.data = mo.data;
-        m.cursor = m.data.empty() ? -1 : 0;
-        break;
-    }
-    default:
-        break;
-    }
+};
+
+void expect(bool got, bool expected, char const * what, int arg, int step) {
+    FUZZ_CHECK(got == expected, "step %d: %s(%d) gave %d", step, what, arg, got);
 }
+
+// The operation F on the chosen list of both kinds, each decoding the same argument bytes.
+template <auto const & F, class List>
+void onSide(Side<List> & side, std::vector<std::uint8_t> const & bytes, int which, bool doubly,
+            int step) {
+    In args(bytes.data(), bytes.size());
+    F(side.lists[which], side.models[which], side.lists[1 - which], side.models[1 - which], args,
+      doubly, step);
+}
+
+template <auto const & F> void both(State & s, In & in, int step) {
+    std::vector<std::uint8_t> const bytes = in.ConsumeBytes<std::uint8_t>(4);
+    onSide<F>(s.single, bytes, s.which, false, step);
+    onSide<F>(s.twin, bytes, s.which, true, step);
+}
+
+void * consumeData(In & a) {
+    return fake(a.ConsumeIntegralInRange(0, 40));
+}
+int consumePosition(In & a, Model const & m) {
+    return a.ConsumeIntegralInRange(-2, m.size() + 2);
+}
+
+// clang-format off
+#define OPERATION [](auto & list, Model & m, [[maybe_unused]] auto & other,                 \
+                           [[maybe_unused]] Model & mo, [[maybe_unused]] In & a,                   \
+                           [[maybe_unused]] bool doubly, [[maybe_unused]] int step)
+// clang-format on
+
+auto const prepend = OPERATION {
+    void * const p = consumeData(a);
+    expect(list.prepend(p), true, "prepend", keyOf(p), step);
+    m.prepend(p);
+};
+auto const append = OPERATION {
+    void * const p = consumeData(a);
+    expect(list.append(p), true, "append", keyOf(p), step);
+    m.append(p);
+};
+auto const insert = OPERATION {
+    void * const p = consumeData(a);
+    int const position = consumePosition(a, m);
+    expect(list.insert(p, position), m.insert(p, position, doubly), "insert", position, step);
+};
+auto const goToStart = OPERATION {
+    expect(list.goToStart(), m.size() > 0, "goToStart", 0, step);
+    m.cursor = m.size() > 0 ? 0 : m.cursor;
+};
+auto const goToEnd = OPERATION {
+    expect(list.goToEnd(), m.size() > 0, "goToEnd", 0, step);
+    m.cursor = m.size() > 0 ? m.size() - 1 : m.cursor;
+};
+auto const goToNext = OPERATION {
+    bool const moves = m.cursor >= 0 && m.cursor + 1 < m.size();
+    expect(list.goToNext(), moves, "goToNext", 0, step);
+    m.cursor += moves ? 1 : 0;
+};
+auto const goToData = OPERATION {
+    void * const p = consumeData(a);
+    auto const it = std::find(m.data.begin(), m.data.end(), p);
+    bool const found = p != nullptr && it != m.data.end();
+    expect(list.goToData(p), found, "goToData", keyOf(p), step);
+    m.cursor = found ? static_cast<int>(it - m.data.begin()) : m.cursor;
+};
+// goToPosition, getData and getElement: each moves the cursor to a position inside the list.
+auto const goToPosition = OPERATION {
+    int const position = consumePosition(a, m);
+    bool const inside = position >= 0 && position < m.size();
+    expect(list.goToPosition(position), inside, "goToPosition", position, step);
+    m.cursor = inside ? position : m.cursor;
+};
+auto const getData = OPERATION {
+    int const position = consumePosition(a, m);
+    bool const inside = position >= 0 && position < m.size();
+    expect(list.getData(position) == (inside ? m.at(position) : nullptr), true, "getData", position,
+           step);
+    m.cursor = inside ? position : m.cursor;
+};
+auto const getElement = OPERATION {
+    int const position = consumePosition(a, m);
+    bool const inside = position >= 0 && position < m.size();
+    auto * const e = list.getElement(position);
+    expect(e != nullptr && (!inside || e->m_data == m.at(position)), inside, "getElement", position,
+           step);
+    m.cursor = inside ? position : m.cursor;
+};
+auto const removeFirstData = OPERATION {
+    expect(list.removeFirstData(), m.removeFirst(), "removeFirstData", 0, step);
+};
+auto const removeLastData = OPERATION {
+    expect(list.removeLastData(), m.removeLast(), "removeLastData", 0, step);
+};
+auto const removeAt = OPERATION {
+    int const position = consumePosition(a, m);
+    expect(list.removeData(position), m.removeAt(position), "removeData", position, step);
+};
+auto const removeData = OPERATION {
+    void * const p = consumeData(a);
+    expect(list.removeData(p), m.removeData(p), "removeData(data)", keyOf(p), step);
+};
+auto const removeAll = OPERATION {
+    expect(list.removeAll(a.ConsumeBool()), m.size() > 0, "removeAll", 0, step);
+    m.clearAll();
+};
+auto const reverseList = OPERATION {
+    expect(list.reverseList(), m.size() >= 2, "reverseList", 0, step);
+    if (m.size() >= 2) {
+        std::reverse(m.data.begin(), m.data.end());
+        m.cursor = 0;
+    }
+};
+// Copy construction and assignment: the cursor goes to the start; self-assignment changes nothing.
+auto const copy = OPERATION {
+    int const kind = a.ConsumeIntegralInRange(0, 2);
+    if (kind == 2) {
+        auto & self = list;
+        list = self;
+        return;
+    }
+    if (kind == 0) {
+        auto c(other);
+        list = c;
+    } else {
+        list = other;
+    }
+    m.data = mo.data;
+    m.cursor = m.data.empty() ? -1 : 0;
+};
+
+void insertSorted(State & s, In & in, int step) {
+    Model & m = s.single.models[s.which];
+    void * const p = consumeData(in);
+    g_inserting = p;
+    g_compareCalls = 0;
+    int const expected = modelInsertSorted(m, p);
+    int const got = s.single.lists[s.which].insertSorted(p, compareKeys);
+    FUZZ_CHECK(got == expected, "step %d: insertSorted(%d) gave %d, expected %d", step, keyOf(p),
+               got, expected);
+    FUZZ_CHECK(p != nullptr || g_compareCalls == 0, "step %d: insertSorted(null) called compare",
+               step);
+}
+
+void removeRange(State & s, In & in, int step) {
+    Model & m = s.single.models[s.which];
+    int const from = in.ConsumeIntegralInRange(-1, m.size() + 1);
+    int const to = in.ConsumeIntegralInRange(-1, m.size() + 1);
+    bool const expected = modelRemoveRange(m, from, to);
+    FUZZ_CHECK(s.single.lists[s.which].removeRange(from, to) == expected,
+               "step %d: removeRange(%d, %d) should be %d", step, from, to, expected);
+}
+
+void goToPrev(State & s, In &, int step) {
+    Model & m = s.twin.models[s.which];
+    bool const moves = m.cursor > 0;
+    FUZZ_CHECK(s.twin.lists[s.which].goToPrev() == moves, "step %d: goToPrev", step);
+    m.cursor -= moves ? 1 : 0;
+}
+
+fuzz::Operation<State> const OPS[] = {
+    {"switch lists", [](State & s, In &, int) { s.which = 1 - s.which; }},
+    {"prepend", both<prepend>},
+    {"append", both<append>},
+    {"insert", both<insert>},
+    {"goToStart", both<goToStart>},
+    {"goToEnd", both<goToEnd>},
+    {"goToNext", both<goToNext>},
+    {"goToData", both<goToData>},
+    {"goToPosition", both<goToPosition>},
+    {"getData", both<getData>},
+    {"getElement", both<getElement>},
+    {"removeFirstData", both<removeFirstData>},
+    {"removeLastData", both<removeLastData>},
+    {"removeData(position)", both<removeAt>},
+    {"removeData(data)", both<removeData>},
+    {"removeAll", both<removeAll>},
+    {"reverseList", both<reverseList>},
+    {"copy", both<copy>},
+    {"insertSorted", insertSorted},
+    {"removeRange", removeRange},
+    {"goToPrev", goToPrev},
+};
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
     FuzzedDataProvider in(data, size);
-    KDRPtrList single[2];
-    KDRPtrDList twin[2];
-    Model singleModel[2], twinModel[2];
-    for (int step = 0; in.remaining_bytes() > 0 && step < 300; ++step) {
-        const int which = in.ConsumeBool() ? 1 : 0;
-        const int op = in.ConsumeIntegralInRange(0, 18);
-        // The same operation and arguments for both kinds of list.
-        const std::vector<std::uint8_t> arguments = in.ConsumeBytes<std::uint8_t>(3);
-        {
-            FuzzedDataProvider args(arguments.data(), arguments.size());
-            Model & m = singleModel[which];
-            KDRPtrList & list = single[which];
-            if (op == 15 || op == 16) { // insertSorted: singly linked only
-                void * const p = fake(args.ConsumeIntegralInRange(0, 40));
-                g_inserting = p;
-                g_compareCalls = 0;
-                const int expected = modelInsertSorted(m, p);
-                const int got = list.insertSorted(p, compareKeys);
-                FUZZ_CHECK(got == expected, "step %d: insertSorted(%d) gave %d, expected %d", step,
-                           keyOf(p), got, expected);
-                FUZZ_CHECK(p != nullptr || g_compareCalls == 0,
-                           "step %d: insertSorted(null) called compare", step);
-            } else if (op == 17) { // removeRange: singly linked only
-                const int from = args.ConsumeIntegralInRange(-1, m.size() + 1);
-                const int to = args.ConsumeIntegralInRange(-1, m.size() + 1);
-                const bool expected = modelRemoveRange(m, from, to);
-                FUZZ_CHECK(list.removeRange(from, to) == expected,
-                           "step %d: removeRange(%d, %d) should be %d", step, from, to, expected);
-            } else {
-                apply(list, m, single[1 - which], singleModel[1 - which], op, args, false, step);
-            }
-            checkSame(list, m, "KDRPtrList", step);
-        }
-        {
-            FuzzedDataProvider args(arguments.data(), arguments.size());
-            Model & m = twinModel[which];
-            KDRPtrDList & list = twin[which];
-            if (op == 18) { // goToPrev: doubly linked only
-                const bool expected = m.cursor > 0;
-                FUZZ_CHECK(list.goToPrev() == expected, "step %d: goToPrev", step);
-                if (expected)
-                    --m.cursor;
-            } else if (op < 15) {
-                apply(list, m, twin[1 - which], twinModel[1 - which], op, args, true, step);
-            }
-            checkSame(list, m, "KDRPtrDList", step);
-        }
-    }
+    State state;
+    fuzz::runModel(state, in, OPS, 300);
     return 0;
 }
