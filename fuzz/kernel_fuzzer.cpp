@@ -312,8 +312,9 @@ void special(int which, FuzzedDataProvider & in, Arr const & a, Arr const & b, f
         // No projection when normal . dir is exactly 0 (summed as the kernel sums it).
         Arr out = filled(16);
         kernel().setProjection(out.data(), a3.data(), s, b3.data());
-        const double dn =
-            double{a[0]} * double{b[0]} + double{a[1]} * double{b[1]} + double{a[2]} * double{b[2]};
+        const double dn = static_cast<double>(a[0]) * static_cast<double>(b[0]) +
+                          static_cast<double>(a[1]) * static_cast<double>(b[1]) +
+                          static_cast<double>(a[2]) * static_cast<double>(b[2]);
         checkWritten(out, dn == 0.0 ? 0u : ALL16, "setProjection");
         for (int left = 0; left < 2; ++left) {
             out = filled(16);
