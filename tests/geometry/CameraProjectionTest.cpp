@@ -66,26 +66,3 @@ TEST(CameraProjBBox, BoxFormMergesIntoOutWhileRectFormReplacesIt) {
     BoundingBoxAlgo::cameraProjBBox(c, c, proj, DEPTH_LIMIT); // `out` may be `box`
     EXPECT_TRUE(boxIs(c, {-1, -1, -2, 3, 2, 0.5f}));
 }
-
-TEST_F(GeometryKernel, EveryCornerGoesThroughTheKernelCurrentAtThatCorner) {
-    m_first.m_next = &m_second; // the fourth corner must find the second kernel
-    m_first.m_switchAfter = 3;
-    BoundingBox const b = box({-1, -1, -2}, {3, 2, -1});
-    BoundingBox out;
-    BoundingBox2D flat;
-    EXPECT_EQ(BoundingBoxAlgo::cameraProjBBox(out, b, perspective(), DEPTH_LIMIT), 1);
-    ASSERT_EQ(calls().size(), 8u);
-    for (int i = 0; i < 8; ++i) { // z is the fastest digit, then y, then x
-        Call const & c = calls()[static_cast<size_t>(i)];
-        EXPECT_EQ(c.kernel, i < 3 ? 1 : 2) << "corner " << i;
-        EXPECT_TRUE(c.op == 'm' && c.x == ((i & 4) ? 3 : -1) && c.y == ((i & 2) ? 2 : -1) &&
-                    c.z == ((i & 1) ? -1 : -2))
-            << "corner " << i;
-    }
-    BoundingBoxAlgo::cameraProjBBox(flat, b, perspective(), DEPTH_LIMIT);
-    BoundingBoxAlgo::transformBBox(out, b, MatAff4f::identity());
-    cameraProjPoint(flat.m_min, Vector3f(0, 0, -1), perspective(), DEPTH_LIMIT);
-    BoundingBoxAlgo::QuadDistance2(O, X, Y, Z, MatAff4f::identity(), O);
-    EXPECT_EQ(count('m'), 17);
-    EXPECT_EQ(count('a'), 12);
-}

@@ -35,14 +35,14 @@ TEST(DistanceLineLine, ParametersOfSkewAndParallelLinesAndSegments) {
     // l2 = (1, -1, 2) + t (s, s, 0) passes over (2, 0, 0) at t = sqrt(2), 2 above.
     float const s = 0.70710677f;
     EXPECT_NEAR(distanceLineLine(L(O, X), L(V(1, -1, 2), V(s, s, 0)), p1, p2), 2.0f, 1e-6);
-    EXPECT_TRUE(are({p1, p2}, {2, 1 / s}, 1e-6));
+    EXPECT_TRUE(elems({p1, p2}, {2, 1 / s}, 1e-6));
     // Parallel: the separation, param2 = 0, param1 = the projection of l2's point.
     EXPECT_EQ(distanceLineLine(L(O, X), L(V(7, 0, 4), -X), p1, p2), 4.0f);
-    EXPECT_TRUE(are({p1, p2}, {7, 0}));
+    EXPECT_TRUE(elems({p1, p2}, {7, 0}));
     // A segment: clamped past m_end to the distance from the end; zero length gives 0 / 0.
     KDRSegment const past(V(5, -3, 3), V(2, -1, 3)), point(V(2, 1, 3), V(2, 1, 3));
     EXPECT_EQ(distanceLineSegment(L(O, X), past, p1, p2), std::sqrt(10.0f));
-    EXPECT_TRUE(are({p1, p2}, {2, 1}));
+    EXPECT_TRUE(elems({p1, p2}, {2, 1}));
     EXPECT_EQ(distanceLineSegment(L(O, X), point, p1, p2), std::sqrt(10.0f));
     EXPECT_TRUE(std::isnan(p2));
     KDRArray<Vector3f> set;

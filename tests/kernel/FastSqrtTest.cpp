@@ -1,8 +1,10 @@
 // Seeded fast square roots: the seeds, the Newton steps and their accuracy.
-#include "kernel/KernelTestSupport.h"
+#include "support/TestSupport.h"
 
 #include <bit>
 #include <cstdint>
+
+using namespace kdrtest;
 
 TEST(FastSqrt, SeedsComeFromTheTable) {
     // The lower end of each documented interval gives a seed whose mantissa is the table entry

@@ -1,5 +1,5 @@
 // MatrixFramesTest.cpp - rotation and frame builders, decompositions and the facing test
-#include "types/TypesTestSupport.h"
+#include "support/TestSupport.h"
 
 #include "kdrcore/types/Matrix.h"
 #include "kdrcore/types/Scalar.h"
@@ -10,7 +10,14 @@
 #include <initializer_list>
 #include <limits>
 
+using namespace kdrtest;
+
 namespace {
+MatAff4f affine(Vector3f const & c0, Vector3f const & c1, Vector3f const & c2, Vector3f const & t) {
+    MatAff4f m;
+    m.setBase(c0, c1, c2, t);
+    return m;
+}
 Vector3f const X(1, 0, 0), Y(0, 1, 0), Z(0, 0, 1), O(1, 2, 3);
 // A recognisable rigid matrix, to prove that an output was left alone.
 MatRot4f const SENTINEL(Z, 1.0f, Vector3f(7, 8, 9));
