@@ -91,12 +91,10 @@ TEST(Distance2PointSegment2D, ClampsToTheEnds) {
 }
 
 TEST(PointIn2DPolygon, EvenOddOnAnUpwardRay) {
+    // The fuzz target holds the four forms (by value, by index, 2D and 3D) to agreeing; here the
+    // square in both orientations.
     std::vector<Vector3f> const ccw = {{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}};
     std::vector<Vector2f> const cw = {{0, 1}, {1, 1}, {1, 0}, {0, 0}};
-    // Scrambled storage, visited by index in counter-clockwise order.
-    std::vector<Vector3f> const store3 = {{1, 1, 0}, {0, 0, 0}, {0, 1, 0}, {1, 0, 0}};
-    std::vector<Vector2f> const store2 = {{1, 1}, {0, 0}, {0, 1}, {1, 0}};
-    int const order[4] = {1, 3, 0, 2};
     float const points[7][2] = {{0.5f, 0.5f}, {0.5f, 1}, {0, 0.5f}, // centre, top, left side
                                 {0.5f, 0},    {1, 0.5f}, {2, 0.5f}, {0.5f, 2}};
     for (int i = 0; i < 7; ++i) {
@@ -104,8 +102,6 @@ TEST(PointIn2DPolygon, EvenOddOnAnUpwardRay) {
         bool const inside = i < 3; // a vertex at the ray's x counts as left of it
         EXPECT_EQ(pointIn2DPolygon(p, ccw.data(), ccw.data() + 4), inside) << "point " << i;
         EXPECT_EQ(pointIn2DPolygon(p, cw.data(), cw.data() + 4), inside) << "point " << i;
-        EXPECT_EQ(pointIn2DPolygon(p, store3.data(), order, order + 4), inside) << "point " << i;
-        EXPECT_EQ(pointIn2DPolygon(p, store2.data(), order, order + 4), inside) << "point " << i;
     }
     float const p[2] = {1, 0.5f};
     std::vector<Vector2f> const two = {{0, 0}, {2, 1}}, tri = {{0, 0}, {2, 0}, {1, 2}};
