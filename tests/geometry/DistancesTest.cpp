@@ -39,7 +39,12 @@ TEST(DistanceLineLine, ParametersOfSkewAndParallelLinesAndSegments) {
     // Parallel: the separation, param2 = 0, param1 = the projection of l2's point.
     EXPECT_EQ(distanceLineLine(L(O, X), L(V(7, 0, 4), -X), p1, p2), 4.0f);
     EXPECT_TRUE(elems({p1, p2}, {7, 0}));
-    // A segment: clamped past m_end to the distance from the end; zero length gives 0 / 0.
+    // A segment along (2, 2, 1) from (0, -1, 0.5): the nearest points are (0.6, -0.4, 0.8), at
+    // u = 0.9 of the length 3 along it, and (0.6, 0, 0): distance sqrt(0.8), parameters 0.6, 0.3.
+    EXPECT_NEAR(distanceLineSegment(L(O, X), KDRSegment(V(0, -1, 0.5f), V(2, 1, 1.5f)), p1, p2),
+                std::sqrt(0.8), 1e-6);
+    EXPECT_TRUE(elems({p1, p2}, {0.6, 0.3}, 1e-6));
+    // Clamped past m_end to the distance from the end; zero length gives 0 / 0.
     KDRSegment const past(V(5, -3, 3), V(2, -1, 3)), point(V(2, 1, 3), V(2, 1, 3));
     EXPECT_EQ(distanceLineSegment(L(O, X), past, p1, p2), std::sqrt(10.0f));
     EXPECT_TRUE(elems({p1, p2}, {2, 1}));
