@@ -19,6 +19,10 @@ TEST(Inter2d, LinesAndSegmentsWithParameters) {
     EXPECT_EQ(inter2dLineLine(out, t1, t2, o, ex, o, par), e_geomParallel);
     EXPECT_TRUE(t1 == S && out[0] == S);
     EXPECT_EQ(inter2dLineLine(out, t1, t2, o, ex, o, notPar), YES);
+    // The diagonal through 0 meets the vertical through (2, 0) at (2, 2): t1 = t2 = 2.
+    float const diagonal[2] = {1, 1}, x2[2] = {2, 0}, up[2] = {0, 1};
+    EXPECT_EQ(inter2dLineLine(out, t1, t2, o, diagonal, x2, up), YES);
+    EXPECT_TRUE(t1 == 2.0f && t2 == 2.0f && out[0] == 2.0f && out[1] == 2.0f);
     // They meet at (2, 0): t1 = 1, the end of the first segment, and t2 = 1/2.
     float const o2[2] = {2, -1}, o3[2] = {2.5f, -1};
     EXPECT_EQ(inter2dSegmentSegment(out, t1, t2, o, d1, o2, d2), YES);
