@@ -124,6 +124,18 @@ double length(Vector3f const & d) {
                  z = static_cast<double>(d.z());
     return std::sqrt(x * x + y * y + z * z);
 }
+// Where the values are finite, `got` agrees with `want` to 1e-5 of `scale`, the sum of the
+// magnitudes involved (and of what a parameter rounded below the normal floats can move): the
+// float roundings of the results stay far below that, a wrong formula does not.
+void agrees(double got, double want, double scale, char const * what) {
+    if (std::isfinite(got) && std::isfinite(want) && std::isfinite(scale))
+        FUZZ_CHECK(std::fabs(got - want) <= 1e-5 * scale + 1e-30, "%s: %a, expected %a", what, got,
+                   want);
+}
+double w(float v) {
+    return static_cast<double>(v);
+}
+
 // --- Primitives ------------------------------------------------------------------------------
 
 void primitives(FuzzedDataProvider & in) {
@@ -175,6 +187,12 @@ void distances(FuzzedDataProvider & in) {
     KDRSegment const s(V(in), V(in));
     float const ds = distancePointSegment(p, s, foot);
     written("distancePointSegment foot", foot);
+    double gap = 0.0, scale = static_cast<double>(ds);
+    for (int i = 0; i < 3; ++i) {
+        gap += (w(p[i]) - w(foot[i])) * (w(p[i]) - w(foot[i]));
+        scale += std::fabs(w(p[i])) + std::fabs(w(foot[i]));
+    }
+    agrees(static_cast<double>(ds), std::sqrt(gap), scale, "distancePointSegment: |point - foot|");
     Vector3f aliased = p; // foot may be point
     float const dsAliased = distancePointSegment(aliased, s.m_start, s.m_end, aliased);
     FUZZ_CHECK(sameFloat(ds, dsAliased), "distancePointSegment with foot = point: result");
@@ -259,6 +277,20 @@ void intersections(FuzzedDataProvider & in) {
     _e_geomInfo const lp = interLinePlane(out, t, l, pl);
     codeIn(lp, {e_geomIntersection, e_geomParallel, e_geomContained}, "interLinePlane");
     outputs(lp == e_geomIntersection, "interLinePlane out / t", out, t);
+    if (lp == e_geomIntersection) { // the point lies on the plane, at t along the line
+        double side = w(pl.m_d), scale = std::fabs(w(pl.m_d));
+        for (int i = 0; i < 3; ++i) {
+            double const along = w(t) * w(l.m_dir[i]);
+            side += w(pl.m_normal[i]) * w(out[i]);
+            // 1e-39 |dir|: t may underflow to a denormal or 0, an absolute rounding.
+            scale += std::fabs(w(pl.m_normal[i])) *
+                     (std::fabs(w(l.m_point[i])) + std::fabs(along) + std::fabs(w(out[i])) +
+                      1e-39 * std::fabs(w(l.m_dir[i])));
+            agrees(w(out[i]), w(l.m_point[i]) + along,
+                   std::fabs(w(l.m_point[i])) + std::fabs(along), "interLinePlane: out - t dir");
+        }
+        agrees(side, 0.0, scale, "interLinePlane: n . out + d");
+    }
     PlaneProjector projector;
     projector.setPlane(pl);
     Vector3f projected = sentinelVector();
@@ -359,6 +391,14 @@ void twoD(FuzzedDataProvider & in) {
                "inter2dLineLine / inter2dSegmentSegment");
         outputs(c != e_geomParallel, "inter2dLineLine / inter2dSegmentSegment output", out[0],
                 out[1], t1, t2);
+        for (int k = 0; c != e_geomParallel && k < 2; ++k) { // out = o1 + t1 d1 = o2 + t2 d2
+            double const a1 = w(t1) * w(d1[k]), a2 = w(t2) * w(d2[k]);
+            double const scale = std::fabs(w(o1[k])) + std::fabs(w(o2[k])) + std::fabs(a1) +
+                                 std::fabs(a2) + std::fabs(w(out[k])) +
+                                 1e-39 * (std::fabs(w(d1[k])) + std::fabs(w(d2[k])));
+            agrees(w(out[k]), w(o1[k]) + a1, scale, "inter2dLineLine: out on line 1");
+            agrees(w(out[k]), w(o2[k]) + a2, scale, "inter2dLineLine: out on line 2");
+        }
     }
     codeIn(inter2dSegmentSegment(o1, d1, o2, d2), {e_geomNoIntersection, e_geomIntersection},
            "inter2dSegmentSegment(p1, p2, q1, q2)");
