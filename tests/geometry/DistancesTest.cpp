@@ -26,6 +26,9 @@ TEST(DistancePointSegment, AbsoluteBoundsOnTheDotProducts) {
         distancePointSegment(V(x, 1, 0), O, V(0.005f, 0, 0), foot);
         EXPECT_TRUE(near(foot, x < 0.02f ? 0.0f : 0.005f, 0, 0)) << x;
     }
+    // Projecting inside: the foot on the segment's own direction (2, 0, 0) + u (0, 1, 0).
+    EXPECT_TRUE(distancePointSegment(V(5, 1, 0), V(2, 0, 0), V(2, 4, 0), foot) == 3.0f &&
+                near(foot, 2, 1, 0));
     V p(-3, 4, 0); // zero length, foot written into the point itself
     EXPECT_TRUE(distancePointSegment(p, O, O, p) == 5.0f && near(p, 0, 0, 0));
 }
