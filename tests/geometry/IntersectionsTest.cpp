@@ -128,6 +128,10 @@ TEST(InterPlanePlane, OppositeNormalsNearlyParallelPlanesAndTheLine) {
     EXPECT_TRUE(untouched(out.m_point) && untouched(out.m_dir));
     EXPECT_EQ(interPlanePlane(out, Plane(), tilted(PI_D / 180)), e_geomIntersection);
     EXPECT_TRUE(near(out.m_dir, 0, float(std::sin(PI_D / 180)), 0, 1e-7)); // not normalised
+    // z = 1 and y + z = 2 meet along (0, 0, 1) x (0, 1, 1) = -x through (0, 1, 1), the point
+    // of the line nearest the origin: 0 (0, 0, 1) + 1 (0, 1, 1) in the normals' span.
+    EXPECT_EQ(interPlanePlane(out, z1, P(0, 1, 1, -2)), e_geomIntersection);
+    EXPECT_TRUE(near(out.m_point, 0, 1, 1) && near(out.m_dir, -1, 0, 0));
 }
 
 TEST(InterLineViewingVolume, ParallelPairsSetNoLimit) {
