@@ -36,7 +36,7 @@ float F(FuzzedDataProvider & in) {
     return fuzz::consumeFloat(in);
 }
 Vector3f V(FuzzedDataProvider & in) {
-    const float x = F(in), y = F(in);
+    float const x = F(in), y = F(in);
     return {x, y, F(in)};
 }
 Vector3f sentinelVector() {
@@ -48,7 +48,7 @@ KDRLine line(FuzzedDataProvider & in) {
         l.m_point = V(in);
         l.m_dir = V(in); // stored directly: any direction
     } else {
-        const Vector3f p = V(in), q = V(in);
+        Vector3f const p = V(in), q = V(in);
         l = KDRLine(p, q, in.ConsumeBool());
     }
     return l;
@@ -61,12 +61,12 @@ Plane plane(FuzzedDataProvider & in) {
         p.m_d = F(in);
         break;
     case 1: {
-        const Vector3f n = V(in);
+        Vector3f const n = V(in);
         p.setFromNormalPoint(n, V(in));
         break;
     }
     default: {
-        const Vector3f a = V(in);
+        Vector3f const a = V(in);
         p.setMediator(a, V(in));
         break;
     }
@@ -100,16 +100,18 @@ template <class... T> void outputs(bool wrote, char const * what, T const &... v
     (outOne(wrote, what, v), ...);
 }
 template <class... T> void written(char const * what, T const &... v) {
-    outputs(true, what, v...);
+    (outOne(true, what, v), ...);
 }
-void sameVector(Vector3f const & a, Vector3f const & b, char const * what) {
+// The same bits, or (unless `exact`) both NaN.
+void sameVector(Vector3f const & a, Vector3f const & b, char const * what, bool exact = false) {
     for (int i = 0; i < 3; ++i)
-        FUZZ_CHECK(sameFloat(a[i], b[i]), "%s: component %d is %a, expected %a", what, i,
-                   static_cast<double>(a[i]), static_cast<double>(b[i]));
+        FUZZ_CHECK(exact ? bitsOf(a[i]) == bitsOf(b[i]) : sameFloat(a[i], b[i]),
+                   "%s: component %d is %a, expected %a", what, i, static_cast<double>(a[i]),
+                   static_cast<double>(b[i]));
 }
-void identical(Vector3f const & a, Vector3f const & b, char const * what) {
-    for (int i = 0; i < 3; ++i)
-        FUZZ_CHECK(bitsOf(a[i]) == bitsOf(b[i]), "%s: component %d changed", what, i);
+void sameBox(BoundingBox const & a, BoundingBox const & b, char const * what, bool exact = false) {
+    sameVector(a.m_min, b.m_min, what, exact);
+    sameVector(a.m_max, b.m_max, what, exact);
 }
 void codeIn(int code, std::initializer_list<int> allowed, char const * what) {
     for (int a : allowed)
@@ -118,33 +120,46 @@ void codeIn(int code, std::initializer_list<int> allowed, char const * what) {
     FUZZ_CHECK(false, "%s returned %d, not a documented code", what, code);
 }
 double length(Vector3f const & d) {
-    double const x = d.x(), y = d.y(), z = d.z();
+    double const x = static_cast<double>(d.x()), y = static_cast<double>(d.y()),
+                 z = static_cast<double>(d.z());
     return std::sqrt(x * x + y * y + z * z);
 }
+// Where the values are finite, `got` agrees with `want` to 1e-5 of `scale`, the sum of the
+// magnitudes involved (and of what a parameter rounded below the normal floats can move): the
+// float roundings of the results stay far below that, a wrong formula does not.
+void agrees(double got, double want, double scale, char const * what) {
+    if (std::isfinite(got) && std::isfinite(want) && std::isfinite(scale))
+        FUZZ_CHECK(std::fabs(got - want) <= 1e-5 * scale + 1e-30, "%s: %a, expected %a", what, got,
+                   want);
+}
+double w(float v) {
+    return static_cast<double>(v);
+}
+
 // --- Primitives ------------------------------------------------------------------------------
 
 void primitives(FuzzedDataProvider & in) {
-    const Vector3f p = V(in), q = V(in);
-    const bool isDirection = in.ConsumeBool();
-    const KDRLine l(p, q, isDirection);
-    identical(l.m_point, p, "KDRLine m_point");
+    Vector3f const p = V(in), q = V(in);
+    bool const isDirection = in.ConsumeBool();
+    KDRLine const l(p, q, isDirection);
+    sameVector(l.m_point, p, "KDRLine m_point", true);
     // A direction too short for setDir leaves the zeroed one.
     if (length(isDirection ? q : Vector3f(p, q)) <= TOLERANCE)
-        identical(l.m_dir, Vector3f(), "KDRLine with a too-short direction");
+        sameVector(l.m_dir, Vector3f(), "KDRLine with a too-short direction", true);
 
     KDRLine m = line(in);
-    const Vector3f before = m.m_dir, dir = V(in);
+    Vector3f const before = m.m_dir, dir = V(in);
     m.setDir(dir);
     if (length(dir) <= TOLERANCE)
-        identical(m.m_dir, before, "setDir of a too-short vector");
+        sameVector(m.m_dir, before, "setDir of a too-short vector", true);
 
     Plane pl = plane(in);
-    const Vector3f oldNormal = pl.m_normal, n = V(in);
-    const float oldD = pl.m_d;
+    Vector3f const oldNormal = pl.m_normal, n = V(in);
+    float const oldD = pl.m_d;
     pl.setNormal(n);
     FUZZ_CHECK(bitsOf(pl.m_d) == bitsOf(oldD), "setNormal changed m_d");
     if (length(n) <= TOLERANCE)
-        identical(pl.m_normal, oldNormal, "setNormal of a too-short vector");
+        sameVector(pl.m_normal, oldNormal, "setNormal of a too-short vector", true);
 
     Vector3f point = sentinelVector();
     pl.findPoint(point);
@@ -159,8 +174,8 @@ void primitives(FuzzedDataProvider & in) {
 // --- Distances and point queries ---------------------------------------------------------------
 
 void distances(FuzzedDataProvider & in) {
-    const Vector3f p = V(in);
-    const KDRLine l = line(in), l2 = line(in);
+    Vector3f const p = V(in);
+    KDRLine const l = line(in), l2 = line(in);
     Vector3f f1 = sentinelVector(), f2 = sentinelVector(), foot = sentinelVector();
     float t1 = sentinel(), t2 = sentinel();
     (void)distancePointLine(p, l, f1);
@@ -169,16 +184,22 @@ void distances(FuzzedDataProvider & in) {
     (void)distance2PointLine(p, l, t2);
     written("distance(2)PointLine foot / param", f1, f2, t1, t2);
 
-    const KDRSegment s(V(in), V(in));
-    const float ds = distancePointSegment(p, s, foot);
+    KDRSegment const s(V(in), V(in));
+    float const ds = distancePointSegment(p, s, foot);
     written("distancePointSegment foot", foot);
+    double gap = 0.0, scale = static_cast<double>(ds);
+    for (int i = 0; i < 3; ++i) {
+        gap += (w(p[i]) - w(foot[i])) * (w(p[i]) - w(foot[i]));
+        scale += std::fabs(w(p[i])) + std::fabs(w(foot[i]));
+    }
+    agrees(static_cast<double>(ds), std::sqrt(gap), scale, "distancePointSegment: |point - foot|");
     Vector3f aliased = p; // foot may be point
-    const float dsAliased = distancePointSegment(aliased, s.m_start, s.m_end, aliased);
+    float const dsAliased = distancePointSegment(aliased, s.m_start, s.m_end, aliased);
     FUZZ_CHECK(sameFloat(ds, dsAliased), "distancePointSegment with foot = point: result");
     sameVector(aliased, foot, "distancePointSegment with foot = point");
 
     t1 = t2 = sentinel();
-    const float dll = distanceLineLine(l, l2, t1, t2);
+    float const dll = distanceLineLine(l, l2, t1, t2);
     written("distanceLineLine params", t1, t2);
     FUZZ_CHECK(sameFloat(dll, distanceLineLine(l, l2)), "distanceLineLine: the two forms differ");
     t1 = t2 = sentinel();
@@ -186,16 +207,16 @@ void distances(FuzzedDataProvider & in) {
     written("distanceLineSegment params", t1, t2);
 
     KDRArray<Vector3f> set;
-    const int count = in.ConsumeIntegralInRange(0, 6);
+    int const count = in.ConsumeIntegralInRange(0, 6);
     for (int i = 0; i < count; ++i)
         set.push_back(V(in));
     int index = -12345;
-    const float dset = distancePointPointSet(p, set, index);
+    float const dset = distancePointPointSet(p, set, index);
     FUZZ_CHECK(count == 0 ? index == -12345 && dset == 0.0f : index >= 0 && index < count,
                "distancePointPointSet: index %d of %d", index, count);
 
     (void)distancePointPlane(p, plane(in));
-    const float tolerance = F(in);
+    float const tolerance = F(in);
     (void)pointOnLine(p, l, tolerance);
     (void)pointOnPlane(p, plane(in), tolerance);
     (void)pointOnSegment(p, s, tolerance);
@@ -204,24 +225,24 @@ void distances(FuzzedDataProvider & in) {
 }
 
 void projectionsAndDerived(FuzzedDataProvider & in) {
-    const Vector3f p = V(in);
-    const KDRLine l = line(in);
+    Vector3f const p = V(in);
+    KDRLine const l = line(in);
     Vector3f out = sentinelVector();
     float param = sentinel();
     FUZZ_CHECK(projectionOrtho(out, param, p, l) == e_geomProjected,
                "projectionOrtho on a line: not e_geomProjected");
     written("projectionOrtho(line) out / param", out, param);
 
-    const Plane pl = plane(in);
-    const Vector3f dir = V(in);
+    Plane const pl = plane(in);
+    Vector3f const dir = V(in);
     for (int ortho = 0; ortho < 2; ++ortho) {
         out = sentinelVector();
-        const _e_geomInfo c = ortho ? projectionOrtho(out, p, pl) : projection(out, p, pl, dir);
+        _e_geomInfo const c = ortho ? projectionOrtho(out, p, pl) : projection(out, p, pl, dir);
         codeIn(c, {e_geomIntersection, e_geomParallel, e_geomContained}, "projection(Ortho)");
         outputs(c == e_geomIntersection, "projection(Ortho) out", out);
     }
 
-    const float radius = F(in);
+    float const radius = F(in);
     Vector3f s1 = sentinelVector(), s2 = sentinelVector(), s3 = sentinelVector();
     spherisePoint(s1, p, radius);
     spherisePoint(s2, p, radius, F(in));
@@ -229,11 +250,11 @@ void projectionsAndDerived(FuzzedDataProvider & in) {
     written("spherisePoint", s1, s2, s3);
 
     Vector3f points[3] = {V(in), V(in), V(in)};
-    const bool edges = in.ConsumeBool(), result = in.ConsumeBool();
+    bool const edges = in.ConsumeBool(), result = in.ConsumeBool();
     out = sentinelVector();
     normal3Pts(out, points[0], points[1], points[2], edges, result);
     written("normal3Pts", out);
-    const int which = in.ConsumeIntegralInRange(0, 2);
+    int const which = in.ConsumeIntegralInRange(0, 2);
     Vector3f copy[3] = {points[0], points[1], points[2]};
     normal3Pts(copy[which], copy[0], copy[1], copy[2], edges, result); // out may be a point
     sameVector(copy[which], out, "normal3Pts with out = a point");
@@ -249,13 +270,27 @@ void projectionsAndDerived(FuzzedDataProvider & in) {
 // --- 3D intersections ------------------------------------------------------------------------
 
 void intersections(FuzzedDataProvider & in) {
-    const KDRLine l = line(in), l2 = line(in);
-    const Plane pl = plane(in);
+    KDRLine const l = line(in), l2 = line(in);
+    Plane const pl = plane(in);
     Vector3f out = sentinelVector();
     float t = sentinel();
-    const _e_geomInfo lp = interLinePlane(out, t, l, pl);
+    _e_geomInfo const lp = interLinePlane(out, t, l, pl);
     codeIn(lp, {e_geomIntersection, e_geomParallel, e_geomContained}, "interLinePlane");
     outputs(lp == e_geomIntersection, "interLinePlane out / t", out, t);
+    if (lp == e_geomIntersection) { // the point lies on the plane, at t along the line
+        double side = w(pl.m_d), scale = std::fabs(w(pl.m_d));
+        for (int i = 0; i < 3; ++i) {
+            double const along = w(t) * w(l.m_dir[i]);
+            side += w(pl.m_normal[i]) * w(out[i]);
+            // 1e-39 |dir|: t may underflow to a denormal or 0, an absolute rounding.
+            scale += std::fabs(w(pl.m_normal[i])) *
+                     (std::fabs(w(l.m_point[i])) + std::fabs(along) + std::fabs(w(out[i])) +
+                      1e-39 * std::fabs(w(l.m_dir[i])));
+            agrees(w(out[i]), w(l.m_point[i]) + along,
+                   std::fabs(w(l.m_point[i])) + std::fabs(along), "interLinePlane: out - t dir");
+        }
+        agrees(side, 0.0, scale, "interLinePlane: n . out + d");
+    }
     PlaneProjector projector;
     projector.setPlane(pl);
     Vector3f projected = sentinelVector();
@@ -266,10 +301,10 @@ void intersections(FuzzedDataProvider & in) {
     else
         outputs(false, "PlaneProjector::project out", projected);
 
-    const float value = F(in), tolerance = F(in);
+    float const value = F(in), tolerance = F(in);
     for (int axis = 0; axis < 3; ++axis) {
         t = sentinel();
-        const _e_geomInfo c = axis == 0   ? interLinePlaneYZ(t, l, value, tolerance)
+        _e_geomInfo const c = axis == 0   ? interLinePlaneYZ(t, l, value, tolerance)
                               : axis == 1 ? interLinePlaneXZ(t, l, value, tolerance)
                                           : interLinePlaneXY(t, l, value, tolerance);
         codeIn(c, {e_geomIntersection, e_geomParallel, e_geomContained}, "interLinePlaneXY/XZ/YZ");
@@ -278,24 +313,24 @@ void intersections(FuzzedDataProvider & in) {
 
     out = sentinelVector();
     float t1 = sentinel(), t2 = sentinel();
-    const _e_geomInfo ll = interLineLine(out, t1, t2, l, l2);
+    _e_geomInfo const ll = interLineLine(out, t1, t2, l, l2);
     codeIn(ll, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, "interLineLine");
     outputs(ll != e_geomParallel, "interLineLine out / t1 / t2", out, t1, t2);
 
     out = sentinelVector();
     t = sentinel();
-    const _e_geomInfo cl = interTwoCoplanarLines(out, t, l, l2);
+    _e_geomInfo const cl = interTwoCoplanarLines(out, t, l, l2);
     codeIn(cl, {e_geomIntersection, e_geomParallel}, "interTwoCoplanarLines");
     outputs(cl != e_geomParallel, "interTwoCoplanarLines out / t", out, t);
 
-    const KDRSegment s(V(in), V(in)), s2(V(in), V(in));
+    KDRSegment const s(V(in), V(in)), s2(V(in), V(in));
     out = sentinelVector();
     t = sentinel();
-    const _e_geomInfo sp = interSegmentPlane(out, t, s, pl, F(in));
+    _e_geomInfo const sp = interSegmentPlane(out, t, s, pl, F(in));
     codeIn(sp, {e_geomNoIntersection, e_geomIntersection, e_geomParallel, e_geomContained},
            "interSegmentPlane");
     // Exactly zero length: every difference 0 (infinite equal ends give NaN, not 0).
-    const Vector3f span(s.m_start, s.m_end);
+    Vector3f const span(s.m_start, s.m_end);
     if (span.x() == 0.0f && span.y() == 0.0f && span.z() == 0.0f) {
         FUZZ_CHECK(sp == e_geomNoIntersection, "interSegmentPlane, zero length: code %d", sp);
         outputs(false, "interSegmentPlane out / t, zero length", out, t);
@@ -307,15 +342,15 @@ void intersections(FuzzedDataProvider & in) {
 
     out = sentinelVector();
     t = sentinel();
-    const _e_geomInfo ss = interSegmentSegment(out, t, s, s2);
+    _e_geomInfo const ss = interSegmentSegment(out, t, s, s2);
     codeIn(ss, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, "interSegmentSegment");
     outputs(ss != e_geomParallel, "interSegmentSegment out / t", out, t);
 
     out = sentinelVector();
     float u = sentinel(), v = sentinel();
     bool inside = in.ConsumeBool();
-    const Vector3f p0 = V(in), p1 = V(in), p2 = V(in);
-    const _e_geomInfo lt = interLineTriangle(out, u, v, inside, l, p0, p1, p2);
+    Vector3f const p0 = V(in), p1 = V(in), p2 = V(in);
+    _e_geomInfo const lt = interLineTriangle(out, u, v, inside, l, p0, p1, p2);
     codeIn(lt, {e_geomNoIntersection, e_geomIntersection}, "interLineTriangle");
     outputs(lt == e_geomIntersection, "interLineTriangle out / u / v", out, u, v);
     // Documented as "false if u < 0, or v < 0, or u + v > 1": a NaN hit is inside; a zero
@@ -326,7 +361,7 @@ void intersections(FuzzedDataProvider & in) {
 
     KDRLine cut;
     cut.m_point = cut.m_dir = sentinelVector();
-    const _e_geomInfo pp = interPlanePlane(cut, pl, plane(in));
+    _e_geomInfo const pp = interPlanePlane(cut, pl, plane(in));
     codeIn(pp, {e_geomIntersection, e_geomParallel, e_geomCoincident}, "interPlanePlane");
     outputs(pp == e_geomIntersection, "interPlanePlane line", cut.m_point, cut.m_dir);
 
@@ -348,7 +383,7 @@ void twoD(FuzzedDataProvider & in) {
     for (int form = 0; form < 2; ++form) {
         float out[2] = {sentinel(), sentinel()};
         float t1 = sentinel(), t2 = sentinel();
-        const _e_geomInfo c = form == 0 ? inter2dLineLine(out, t1, t2, o1, d1, o2, d2)
+        _e_geomInfo const c = form == 0 ? inter2dLineLine(out, t1, t2, o1, d1, o2, d2)
                                         : inter2dSegmentSegment(out, t1, t2, o1, d1, o2, d2);
         codeIn(c,
                {form == 0 ? e_geomIntersection : e_geomNoIntersection, e_geomIntersection,
@@ -356,18 +391,26 @@ void twoD(FuzzedDataProvider & in) {
                "inter2dLineLine / inter2dSegmentSegment");
         outputs(c != e_geomParallel, "inter2dLineLine / inter2dSegmentSegment output", out[0],
                 out[1], t1, t2);
+        for (int k = 0; c != e_geomParallel && k < 2; ++k) { // out = o1 + t1 d1 = o2 + t2 d2
+            double const a1 = w(t1) * w(d1[k]), a2 = w(t2) * w(d2[k]);
+            double const scale = std::fabs(w(o1[k])) + std::fabs(w(o2[k])) + std::fabs(a1) +
+                                 std::fabs(a2) + std::fabs(w(out[k])) +
+                                 1e-39 * (std::fabs(w(d1[k])) + std::fabs(w(d2[k])));
+            agrees(w(out[k]), w(o1[k]) + a1, scale, "inter2dLineLine: out on line 1");
+            agrees(w(out[k]), w(o2[k]) + a2, scale, "inter2dLineLine: out on line 2");
+        }
     }
     codeIn(inter2dSegmentSegment(o1, d1, o2, d2), {e_geomNoIntersection, e_geomIntersection},
            "inter2dSegmentSegment(p1, p2, q1, q2)");
 
     // Segment a b against axis-parallel lines and segments.
-    const float * a = o1;
-    const float * b = o2;
-    const float at = F(in), lo = F(in), hi = F(in);
+    float const * a = o1;
+    float const * b = o2;
+    float const at = F(in), lo = F(in), hi = F(in);
     for (int vertical = 0; vertical < 2; ++vertical) {
-        const int k = vertical ? 0 : 1; // the axis the line is fixed in
+        int const k = vertical ? 0 : 1; // the axis the line is fixed in
         float r = sentinel(), rs = sentinel();
-        const _e_geomInfo line = vertical ? inter2dSegmentVerticalLine(a, b, at, r)
+        _e_geomInfo const line = vertical ? inter2dSegmentVerticalLine(a, b, at, r)
                                           : inter2dSegmentHorizontalLine(a, b, at, r);
         codeIn(line, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
                "inter2dSegmentVertical/HorizontalLine");
@@ -375,7 +418,7 @@ void twoD(FuzzedDataProvider & in) {
         if (std::isfinite(a[k]) && a[k] == b[k] && line != e_geomCoincident)
             FUZZ_CHECK(a[k] != at, "segment on the line: code %d, not e_geomCoincident", line);
 
-        const _e_geomInfo seg = vertical ? inter2dSegmentVerticalSegment(a, b, at, lo, hi, rs)
+        _e_geomInfo const seg = vertical ? inter2dSegmentVerticalSegment(a, b, at, lo, hi, rs)
                                          : inter2dSegmentHorizontalSegment(a, b, at, lo, hi, rs);
         codeIn(seg, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
                "inter2dSegmentVertical/HorizontalSegment");
@@ -388,7 +431,7 @@ void twoD(FuzzedDataProvider & in) {
 
     BoundingBox bb = box(in);
     bool aInside = false, bInside = false;
-    const _e_geomInfo sb = inter2dSegmentBBox(a, b, bb, aInside, bInside);
+    _e_geomInfo const sb = inter2dSegmentBBox(a, b, bb, aInside, bInside);
     codeIn(sb, {e_geomNoIntersection, e_geomIntersection}, "inter2dSegmentBBox");
     auto within = [&bb](float const * p) {
         return bb.m_min.x() <= p[0] && p[0] <= bb.m_max.x() && bb.m_min.y() <= p[1] &&
@@ -418,13 +461,13 @@ void twoD(FuzzedDataProvider & in) {
 
     // The four forms of pointIn2DPolygon on the same vertices agree; z is never read. The index
     // forms read reversed copies through indexes restoring the order.
-    const int n = in.ConsumeIntegralInRange(0, 8);
-    const auto un = static_cast<std::size_t>(n);
+    int const n = in.ConsumeIntegralInRange(0, 8);
+    auto const un = static_cast<std::size_t>(n);
     std::vector<Vector3f> v3, v3z, r3(un);
     std::vector<Vector2f> v2, r2(un);
     std::vector<int> order(un);
     for (std::size_t i = 0; i < un; ++i) {
-        const float x = F(in), y = F(in);
+        float const x = F(in), y = F(in);
         v3.emplace_back(x, y, F(in));
         v3z.emplace_back(x, y, sentinel());
         v2.emplace_back(x, y);
@@ -432,7 +475,7 @@ void twoD(FuzzedDataProvider & in) {
         r3[un - 1 - i] = v3[i];
         r2[un - 1 - i] = v2[i];
     }
-    const bool in3 = pointIn2DPolygon(p, v3.data(), v3.data() + n);
+    bool const in3 = pointIn2DPolygon(p, v3.data(), v3.data() + n);
     FUZZ_CHECK(n >= 2 || !in3, "pointIn2DPolygon with %d vertices gave true", n);
     FUZZ_CHECK(pointIn2DPolygon(p, v3z.data(), v3z.data() + n) == in3 &&
                    pointIn2DPolygon(p, v2.data(), v2.data() + n) == in3 &&
@@ -445,14 +488,14 @@ void twoD(FuzzedDataProvider & in) {
 // --- Boxes and cameras -------------------------------------------------------------------------
 
 void boxes(FuzzedDataProvider & in) {
-    const KDRLine l = line(in);
-    const BoundingBox bb = box(in);
+    KDRLine const l = line(in);
+    BoundingBox const bb = box(in);
     float tMin = sentinel(), tMax = sentinel(), tMin2 = sentinel(), tMax2 = sentinel();
     interLineBoundingBox(tMin, tMax, l, bb);
     written("interLineBoundingBox range", tMin, tMax);
     FUZZ_CHECK(!(tMax < tMin), "interLineBoundingBox: an empty range was not reset to 0");
     int fx = 99, fy = 99, fz = 99;
-    const bool hit = interLineBoundingBox(tMin2, tMax2, fx, fy, fz, l, bb);
+    bool const hit = interLineBoundingBox(tMin2, tMax2, fx, fy, fz, l, bb);
     FUZZ_CHECK(sameFloat(tMin2, tMin) && sameFloat(tMax2, tMax),
                "interLineBoundingBox: the two forms give different ranges");
     FUZZ_CHECK(fx >= -1 && fx <= 1 && fy >= -1 && fy <= 1 && fz >= -1 && fz <= 1 &&
@@ -468,31 +511,27 @@ void boxes(FuzzedDataProvider & in) {
     written("transformBBox", out.m_min, out.m_max);
     BoundingBox self = bb; // out may be box
     BoundingBoxAlgo::transformBBox(self, self, m);
-    sameVector(self.m_min, out.m_min, "transformBBox with out = box, m_min");
-    sameVector(self.m_max, out.m_max, "transformBBox with out = box, m_max");
+    sameBox(self, out, "transformBBox with out = box");
 
     Matrix4f proj;
     fill(in, proj.getValue(), 16);
-    const float depth = F(in);
+    float const depth = F(in);
     BoundingBox acc = box(in);
-    const BoundingBox accBefore = acc;
-    const int code = BoundingBoxAlgo::cameraProjBBox(acc, bb, proj, depth);
+    BoundingBox const accBefore = acc;
+    int const code = BoundingBoxAlgo::cameraProjBBox(acc, bb, proj, depth);
     // 1 front, 2 behind, 3 both; 0 when no projected corner gives an initialised box (NaN x).
     codeIn(code, {0, 1, 2, 3}, "cameraProjBBox(BoundingBox)");
-    if (code == 2 && !accBefore.isInitialized()) {
-        identical(acc.m_min, accBefore.m_min, "cameraProjBBox, all behind: uninitialised out");
-        identical(acc.m_max, accBefore.m_max, "cameraProjBBox, all behind: uninitialised out");
-    }
+    if (code == 2 && !accBefore.isInitialized())
+        sameBox(acc, accBefore, "cameraProjBBox, all behind: uninitialised out", true);
     BoundingBox selfAcc = bb, plain = bb; // out may be box
-    const int selfCode = BoundingBoxAlgo::cameraProjBBox(selfAcc, selfAcc, proj, depth);
-    const int plainCode = BoundingBoxAlgo::cameraProjBBox(plain, bb, proj, depth);
+    int const selfCode = BoundingBoxAlgo::cameraProjBBox(selfAcc, selfAcc, proj, depth);
+    int const plainCode = BoundingBoxAlgo::cameraProjBBox(plain, bb, proj, depth);
     FUZZ_CHECK(selfCode == plainCode, "cameraProjBBox with out = box: code differs");
-    sameVector(selfAcc.m_min, plain.m_min, "cameraProjBBox with out = box, m_min");
-    sameVector(selfAcc.m_max, plain.m_max, "cameraProjBBox with out = box, m_max");
+    sameBox(selfAcc, plain, "cameraProjBBox with out = box");
 
     BoundingBox2D screen;
     screen.m_min = screen.m_max = Vector2f(sentinel(), sentinel());
-    const int code2 = BoundingBoxAlgo::cameraProjBBox(screen, bb, proj, depth);
+    int const code2 = BoundingBoxAlgo::cameraProjBBox(screen, bb, proj, depth);
     FUZZ_CHECK(code2 == plainCode, "cameraProjBBox: the 2D form's code %d differs from %d", code2,
                plainCode);
     written("cameraProjBBox(BoundingBox2D) out", screen.m_min.x(), screen.m_min.y(),
@@ -505,18 +544,18 @@ void boxes(FuzzedDataProvider & in) {
     for (float * f : {&rect.m_min.x(), &rect.m_min.y(), &rect.m_max.x(), &rect.m_max.y()})
         fill(in, f, 1);
     bool spare = true, inside = in.ConsumeBool();
-    const bool meets = BoundingBoxAlgo::BBox3DIntersectBBox2D(bb, rect, proj, depth, spare, inside);
+    bool const meets = BoundingBoxAlgo::BBox3DIntersectBBox2D(bb, rect, proj, depth, spare, inside);
     FUZZ_CHECK(!spare, "BBox3DIntersectBBox2D: spare set");
     FUZZ_CHECK(!inside || meets, "BBox3DIntersectBBox2D: boxInsideRect without a hit");
     FUZZ_CHECK(code2 != 2 || (!meets && !inside), "BBox3DIntersectBBox2D: all behind, yet a hit");
-    const Vector3f q0 = V(in), q1 = V(in), q2 = V(in), q3 = V(in);
+    Vector3f const q0 = V(in), q1 = V(in), q2 = V(in), q3 = V(in);
     spare = true;
     (void)BoundingBoxAlgo::QuadIntersectBBox2D(q0, q1, q2, q3, rect, proj, depth, spare);
     FUZZ_CHECK(!spare, "QuadIntersectBBox2D: spare set");
 
     MatAff4f place;
     fill(in, place.getValue(), 16);
-    const Vector3f p = V(in);
+    Vector3f const p = V(in);
     FUZZ_CHECK(!(BoundingBoxAlgo::BBox3DDistance2(bb, place, p) < 0.0f) &&
                    !(BoundingBoxAlgo::QuadDistance2(q0, q1, q2, q3, place, p) < 0.0f),
                "BBox3DDistance2 / QuadDistance2 negative");
@@ -535,7 +574,7 @@ void boxes(FuzzedDataProvider & in) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
     static void (*const parts[])(FuzzedDataProvider &) = {
         primitives, distances, projectionsAndDerived, intersections, twoD, boxes};
     FuzzedDataProvider in(data, size);

@@ -45,23 +45,22 @@ TEST(InterLineBoundingBox, SlabsEntryFaceTiesAndMisses) {
         return std::vector<double>{double(hit),  tMin,         tMax,
                                    double(f[0]), double(f[1]), double(f[2])};
     };
-    EXPECT_TRUE(are(clip({-1, 0.5f, 0.5f}, X), {1, 1, 2, -1, 0, 0}));
-    EXPECT_TRUE(are(clip({2, 0.5f, 0.5f}, -X), {1, 1, 2, 1, 0, 0}));
-    EXPECT_TRUE(are(clip({-1, 5, 0.5f}, X), {1, 1, 2, -1, 0, 0})); // a parallel slab sets no limit
-    EXPECT_TRUE(are(clip({0.5f, 0, 0.5f}, Y), {1, 0, 1, 0, -1, 0})); // not from an unhit plane
+    EXPECT_TRUE(elems(clip({-1, 0.5f, 0.5f}, X), {1, 1, 2, -1, 0, 0}));
+    EXPECT_TRUE(elems(clip({2, 0.5f, 0.5f}, -X), {1, 1, 2, 1, 0, 0}));
+    EXPECT_TRUE(
+        elems(clip({-1, 5, 0.5f}, X), {1, 1, 2, -1, 0, 0})); // a parallel slab sets no limit
+    EXPECT_TRUE(elems(clip({0.5f, 0, 0.5f}, Y), {1, 0, 1, 0, -1, 0})); // not from an unhit plane
     float const s = 1.0f / std::sqrt(3.0f); // through the corner (0, 0, 0): x wins the tie
     std::vector<double> const corner = clip({-s, -s, -s}, {1, 1, 1});
-    EXPECT_TRUE(are({corner[0], corner[3], corner[4], corner[5]}, {1, -1, 0, 0}));
+    EXPECT_TRUE(elems({corner[0], corner[3], corner[4], corner[5]}, {1, -1, 0, 0}));
     // Grazing the edge x = y = 0: in and out at one point, y's plane tied with x's.
     std::vector<double> const graze = clip({-1, 1, 0.5f}, {1, -1, 0});
-    EXPECT_TRUE(are(graze, {0, graze[2], graze[1], -1, 0, 0}) && graze[1] > 1.0);
+    EXPECT_TRUE(elems(graze, {0, graze[2], graze[1], -1, 0, 0}) && graze[1] > 1.0);
     EXPECT_TRUE(
-        are(clip({-3, 0.5f, 0.5f}, {1, 1, 0}), {0, 0, 0, -1, 0, 0})); // a miss keeps its face
-    EXPECT_TRUE(are(clip({0, 0.5f, 0.5f}, X, box({0, 0, 0}, {5e-8f, 1, 1})),
-                    {0, 0, 5e-8f})); // < BOX_TOLERANCE
-    // The form without faces: a miss, and a zero direction that no slab limits.
-    interLineBoundingBox(tMin, tMax, KDRLine({-3, 0.5f, 0.5f}, {1, 1, 0}, true), unit);
-    EXPECT_TRUE(tMin == 0 && tMax == 0);
+        elems(clip({-3, 0.5f, 0.5f}, {1, 1, 0}), {0, 0, 0, -1, 0, 0})); // a miss keeps its face
+    EXPECT_TRUE(elems(clip({0, 0.5f, 0.5f}, X, box({0, 0, 0}, {5e-8f, 1, 1})),
+                      {0, 0, 5e-8f})); // < BOX_TOLERANCE
+    // The form without faces: a zero direction that no slab limits.
     interLineBoundingBox(tMin, tMax, KDRLine({5, 5, 5}, {0, 0, 0}, true), unit);
     EXPECT_TRUE(tMin == FLOAT_LOWEST && tMax == FLOAT_MAX);
 }

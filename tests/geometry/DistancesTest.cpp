@@ -26,6 +26,9 @@ TEST(DistancePointSegment, AbsoluteBoundsOnTheDotProducts) {
         distancePointSegment(V(x, 1, 0), O, V(0.005f, 0, 0), foot);
         EXPECT_TRUE(near(foot, x < 0.02f ? 0.0f : 0.005f, 0, 0)) << x;
     }
+    // Projecting inside: the foot on the segment's own direction (2, 0, 0) + u (0, 1, 0).
+    EXPECT_TRUE(distancePointSegment(V(5, 1, 0), V(2, 0, 0), V(2, 4, 0), foot) == 3.0f &&
+                near(foot, 2, 1, 0));
     V p(-3, 4, 0); // zero length, foot written into the point itself
     EXPECT_TRUE(distancePointSegment(p, O, O, p) == 5.0f && near(p, 0, 0, 0));
 }
@@ -35,14 +38,19 @@ TEST(DistanceLineLine, ParametersOfSkewAndParallelLinesAndSegments) {
     // l2 = (1, -1, 2) + t (s, s, 0) passes over (2, 0, 0) at t = sqrt(2), 2 above.
     float const s = 0.70710677f;
     EXPECT_NEAR(distanceLineLine(L(O, X), L(V(1, -1, 2), V(s, s, 0)), p1, p2), 2.0f, 1e-6);
-    EXPECT_TRUE(are({p1, p2}, {2, 1 / s}, 1e-6));
+    EXPECT_TRUE(elems({p1, p2}, {2, 1 / s}, 1e-6));
     // Parallel: the separation, param2 = 0, param1 = the projection of l2's point.
     EXPECT_EQ(distanceLineLine(L(O, X), L(V(7, 0, 4), -X), p1, p2), 4.0f);
-    EXPECT_TRUE(are({p1, p2}, {7, 0}));
-    // A segment: clamped past m_end to the distance from the end; zero length gives 0 / 0.
+    EXPECT_TRUE(elems({p1, p2}, {7, 0}));
+    // A segment along (2, 2, 1) from (0, -1, 0.5): the nearest points are (0.6, -0.4, 0.8), at
+    // u = 0.9 of the length 3 along it, and (0.6, 0, 0): distance sqrt(0.8), parameters 0.6, 0.3.
+    EXPECT_NEAR(distanceLineSegment(L(O, X), KDRSegment(V(0, -1, 0.5f), V(2, 1, 1.5f)), p1, p2),
+                std::sqrt(0.8), 1e-6);
+    EXPECT_TRUE(elems({p1, p2}, {0.6, 0.3}, 1e-6));
+    // Clamped past m_end to the distance from the end; zero length gives 0 / 0.
     KDRSegment const past(V(5, -3, 3), V(2, -1, 3)), point(V(2, 1, 3), V(2, 1, 3));
     EXPECT_EQ(distanceLineSegment(L(O, X), past, p1, p2), std::sqrt(10.0f));
-    EXPECT_TRUE(are({p1, p2}, {2, 1}));
+    EXPECT_TRUE(elems({p1, p2}, {2, 1}));
     EXPECT_EQ(distanceLineSegment(L(O, X), point, p1, p2), std::sqrt(10.0f));
     EXPECT_TRUE(std::isnan(p2));
     KDRArray<Vector3f> set;

@@ -19,16 +19,22 @@ TEST(Inter2d, LinesAndSegmentsWithParameters) {
     EXPECT_EQ(inter2dLineLine(out, t1, t2, o, ex, o, par), e_geomParallel);
     EXPECT_TRUE(t1 == S && out[0] == S);
     EXPECT_EQ(inter2dLineLine(out, t1, t2, o, ex, o, notPar), YES);
+    // The diagonal through 0 meets the vertical through (2, 0) at (2, 2): t1 = t2 = 2.
+    float const diagonal[2] = {1, 1}, x2[2] = {2, 0}, up[2] = {0, 1};
+    EXPECT_EQ(inter2dLineLine(out, t1, t2, o, diagonal, x2, up), YES);
+    EXPECT_TRUE(t1 == 2.0f && t2 == 2.0f && out[0] == 2.0f && out[1] == 2.0f);
     // They meet at (2, 0): t1 = 1, the end of the first segment, and t2 = 1/2.
     float const o2[2] = {2, -1}, o3[2] = {2.5f, -1};
     EXPECT_EQ(inter2dSegmentSegment(out, t1, t2, o, d1, o2, d2), YES);
     EXPECT_TRUE(t1 == 1.0f && t2 == 0.5f && out[0] == 2.0f && out[1] == 0.0f);
     EXPECT_EQ(inter2dSegmentSegment(out, t1, t2, o, d1, o3, d2), NO);
     EXPECT_TRUE(t1 == 1.25f && out[0] == 2.5f); // written for a miss as well
-    // The side test against (0, 0)-(1, 0): collinear segments always touch.
-    float const q[4][4] = {{2, 0, 3, 0}, {0.5f, 0, 0.5f, 1}, {0.5f, 0.1f, 0.5f, 1}, {2, -1, 2, 1}};
-    _e_geomInfo const expected[4] = {YES, YES, NO, NO};
-    for (int i = 0; i < 4; ++i)
+    // The side test against (0, 0)-(1, 0): collinear segments always touch, and so does an end
+    // on the line, first or second.
+    float const q[5][4] = {
+        {2, 0, 3, 0}, {0.5f, 0, 0.5f, 1}, {0.5f, 1, 0.5f, 0}, {0.5f, 0.1f, 0.5f, 1}, {2, -1, 2, 1}};
+    _e_geomInfo const expected[5] = {YES, YES, YES, NO, NO};
+    for (int i = 0; i < 5; ++i)
         EXPECT_EQ(inter2dSegmentSegment(o, ex, q[i], q[i] + 2), expected[i]) << "case " << i;
 }
 
@@ -91,12 +97,10 @@ TEST(Distance2PointSegment2D, ClampsToTheEnds) {
 }
 
 TEST(PointIn2DPolygon, EvenOddOnAnUpwardRay) {
+    // The fuzz target holds the four forms (by value, by index, 2D and 3D) to agreeing; here the
+    // square in both orientations.
     std::vector<Vector3f> const ccw = {{0, 0, 9}, {1, 0, 9}, {1, 1, 9}, {0, 1, 9}};
     std::vector<Vector2f> const cw = {{0, 1}, {1, 1}, {1, 0}, {0, 0}};
-    // Scrambled storage, visited by index in counter-clockwise order.
-    std::vector<Vector3f> const store3 = {{1, 1, 0}, {0, 0, 0}, {0, 1, 0}, {1, 0, 0}};
-    std::vector<Vector2f> const store2 = {{1, 1}, {0, 0}, {0, 1}, {1, 0}};
-    int const order[4] = {1, 3, 0, 2};
     float const points[7][2] = {{0.5f, 0.5f}, {0.5f, 1}, {0, 0.5f}, // centre, top, left side
                                 {0.5f, 0},    {1, 0.5f}, {2, 0.5f}, {0.5f, 2}};
     for (int i = 0; i < 7; ++i) {
@@ -104,8 +108,6 @@ TEST(PointIn2DPolygon, EvenOddOnAnUpwardRay) {
         bool const inside = i < 3; // a vertex at the ray's x counts as left of it
         EXPECT_EQ(pointIn2DPolygon(p, ccw.data(), ccw.data() + 4), inside) << "point " << i;
         EXPECT_EQ(pointIn2DPolygon(p, cw.data(), cw.data() + 4), inside) << "point " << i;
-        EXPECT_EQ(pointIn2DPolygon(p, store3.data(), order, order + 4), inside) << "point " << i;
-        EXPECT_EQ(pointIn2DPolygon(p, store2.data(), order, order + 4), inside) << "point " << i;
     }
     float const p[2] = {1, 0.5f};
     std::vector<Vector2f> const two = {{0, 0}, {2, 1}}, tri = {{0, 0}, {2, 0}, {1, 2}};

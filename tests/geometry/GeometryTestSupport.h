@@ -1,11 +1,11 @@
-// GeometryTestSupport.h - builders and comparisons shared by the geometry tests, and a kernel
-// that logs the operations geometry reaches through it
+// GeometryTestSupport.h - builders and comparisons shared by the geometry tests
 #ifndef KDRCORE_TESTS_GEOMETRY_GEOMETRYTESTSUPPORT_H
 #define KDRCORE_TESTS_GEOMETRY_GEOMETRYTESTSUPPORT_H
 
+#include "support/TestSupport.h"
+
 #include "kdrcore/geometry/BoundingBox.h"
 #include "kdrcore/geometry/Primitives.h"
-#include "kdrcore/kernel/EnhancedMathFunctions.h"
 
 #include <gtest/gtest.h>
 
@@ -22,26 +22,21 @@ inline float const NaN = std::numeric_limits<float>::quiet_NaN();
 using V = Vector3f;
 inline V const O, X(1, 0, 0), Y(0, 1, 0), Z(0, 0, 1);
 
-/// `got` equals `want` element by element within `tol` (0 asks for equality; NaN never passes).
-inline ::testing::AssertionResult are(std::vector<double> const & got,
-                                      std::vector<double> const & want, double tol = 0.0) {
-    for (std::size_t i = 0; i < want.size(); ++i)
-        if (!(std::fabs(got[i] - want[i]) <= tol))
-            return ::testing::AssertionFailure() << "element " << i << " is " << got[i];
-    return ::testing::AssertionSuccess();
-}
+using kdrtest::elems;
+using kdrtest::RecordingKernel;
+using kdrtest::RecordingKernelTest;
 inline ::testing::AssertionResult near(V const & v, double x, double y, double z, double tol = 0) {
-    return are({v.x(), v.y(), v.z()}, {x, y, z}, tol);
+    return elems({v.x(), v.y(), v.z()}, {x, y, z}, tol);
 }
 inline ::testing::AssertionResult untouched(V const & v) {
     return near(v, SENTINEL, SENTINEL, SENTINEL);
 }
 /// Low corner then high corner.
 inline ::testing::AssertionResult boxIs(BoundingBox const & b, std::vector<double> const & e) {
-    return are({b.m_min.x(), b.m_min.y(), b.m_min.z(), b.m_max.x(), b.m_max.y(), b.m_max.z()}, e);
+    return elems({b.m_min.x(), b.m_min.y(), b.m_min.z(), b.m_max.x(), b.m_max.y(), b.m_max.z()}, e);
 }
 inline ::testing::AssertionResult rectIs(BoundingBox2D const & r, std::vector<double> const & e) {
-    return are({r.m_min.x(), r.m_min.y(), r.m_max.x(), r.m_max.y()}, e);
+    return elems({r.m_min.x(), r.m_min.y(), r.m_max.x(), r.m_max.y()}, e);
 }
 
 /// Primitives stored as given, without normalisation.
@@ -77,69 +72,6 @@ inline Matrix4f perspective() {
     return Matrix4f(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, -2, -1, 0, 0, -3, 0);
 }
 constexpr float DEPTH_LIMIT = 1.0f;
-
-/// One kernel call: 'c' cross (its first operand), 'm' multMatrixVec3f or 'a'
-/// multAffineMatrixVec3f (the point), and the kernel that received it.
-struct Call {
-    char op;
-    int kernel;
-    float x, y, z;
-};
-inline std::vector<Call> & calls() {
-    static std::vector<Call> log;
-    return log;
-}
-
-/// Logs, then runs the default operation. When the log reaches `m_switchAfter` calls it makes
-/// `m_next` current, so a caller that kept the kernel pointer shows in the log. unref does
-/// nothing: the fixture owns both kernels.
-class LoggingKernel : public EnhancedMathFunctions {
-public:
-    explicit LoggingKernel(int id) : m_id(id) {}
-    void cross(float * const d, float const * a, float const * b) const override {
-        log('c', a);
-        EnhancedMathFunctions::cross(d, a, b);
-    }
-    void multMatrixVec3f(float * const d, float const * const m,
-                         float const * const v) const override {
-        log('m', v);
-        EnhancedMathFunctions::multMatrixVec3f(d, m, v);
-    }
-    void multAffineMatrixVec3f(float * const d, float const * const m,
-                               float const * const v) const override {
-        log('a', v);
-        EnhancedMathFunctions::multAffineMatrixVec3f(d, m, v);
-    }
-    EnhancedMathFunctions * m_next = nullptr;
-    int m_switchAfter = 0;
-
-protected:
-    void unref() override {}
-
-private:
-    void log(char op, float const * v) const {
-        calls().push_back({op, m_id, v[0], v[1], v[2]});
-        if (m_next != nullptr && static_cast<int>(calls().size()) == m_switchAfter)
-            m_next->setDefault();
-    }
-    int m_id;
-};
-
-class GeometryKernel : public ::testing::Test {
-protected:
-    void SetUp() override {
-        calls().clear();
-        m_first.setDefault();
-    }
-    void TearDown() override { (new EnhancedMathFunctions())->setDefault(); }
-    static int count(char op) {
-        int n = 0;
-        for (Call const & c : calls())
-            n += c.op == op;
-        return n;
-    }
-    LoggingKernel m_first{1}, m_second{2};
-};
 
 } // namespace geomtest
 

@@ -1,6 +1,8 @@
 // Inversion kernels: Gauss-Jordan at double width, its failures, and the cheap inverses of known
 // forms.
-#include "kernel/KernelTestSupport.h"
+#include "support/TestSupport.h"
+
+using namespace kdrtest;
 
 TEST(MatrixInverse, GaussJordanWorkedValues) {
     // m[0] = 0: regular only with a row exchange. Columns (0, 2) and (4, 0) swap and scale x and
@@ -9,19 +11,19 @@ TEST(MatrixInverse, GaussJordanWorkedValues) {
     float d[16], e[16], prod[16];
     float const swapXY[16] = {0, 2, 0, 0, 4, 0, 0, 0, 0, 0, 1, 0, 4, 2, 0, 1};
     EXPECT_TRUE(kernel().inverseMatrix(d, swapXY));
-    expectNear(d, {0, 0.25, 0, 0, 0.5, 0, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1});
+    EXPECT_TRUE(elems(d, {0, 0.25, 0, 0, 0.5, 0, 0, 0, 0, 0, 1, 0, -1, -1, 0, 1}));
     // A shear by 7 inverts to -7 exactly. The pivot search puts 7 first and the elimination works
     // with 1/7; in float that error survives into the result (-0x1.bffffep+2), at double width it
     // stays far below a float ulp.
     float const shear[16] = {1, 0, 0, 0, 7, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
     EXPECT_TRUE(kernel().inverseMatrix(d, shear));
-    expectNear(d, {1, 0, 0, 0, -7, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1});
+    EXPECT_TRUE(elems(d, {1, 0, 0, 0, -7, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
     // A perspective matrix: p times its inverse is the identity, inverseAffine gives the same
     // full inverse, and so does the inverse in place.
     float p[16] = {1.5f, 0, 0, 0, 0, 2, 0, 0, 0.25f, 0.5f, -1.2f, -1, 0, 0, -2.2f, 0};
     EXPECT_TRUE(kernel().inverseMatrix(d, p) && kernel().inverseAffine(e, p));
     kernel().multMatrices(prod, p, d);
-    expectNear(prod, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, 1e-6);
+    EXPECT_TRUE(elems(prod, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}, 1e-6));
     EXPECT_TRUE(kernel().inverseMatrix(p, p));
     for (int i = 0; i < 16; ++i)
         EXPECT_TRUE(p[i] == d[i] && e[i] == d[i]) << i;
@@ -59,24 +61,24 @@ TEST(MatrixInverse, CheapInversesOfKnownForms) {
     std::fill(d, d + 16, S);
     std::copy(s, s + 16, m);
     EXPECT_TRUE(kernel().inverseScale(d, s) && kernel().inverseScale(m));
-    expectNear(d, {0.5, 0, 0, 0, 0, 0.25, 0, 0, 0, 0, 0x1p100, 0, 0, 0, 0, 1});
-    expectNear(m, {0.5, 0, 0, 0, 0, 0.25, 0, 0, 0, 0, 0x1p100, 0, 1, 2, 3, 1});
+    EXPECT_TRUE(elems(d, {0.5, 0, 0, 0, 0, 0.25, 0, 0, 0, 0, 0x1p100, 0, 0, 0, 0, 1}));
+    EXPECT_TRUE(elems(m, {0.5, 0, 0, 0, 0, 0.25, 0, 0, 0, 0, 0x1p100, 0, 1, 2, 3, 1}));
     m[5] = 0.0f;
     std::fill(d, d + 16, S);
     EXPECT_FALSE(kernel().inverseScale(m) || kernel().inverseScale(d, m));
-    expectNear(m, {0.5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x1p100, 0, 1, 2, 3, 1});
-    expectNear(d, {S, S, S, S, S, S, S, S, S, S, S, S, S, S, S, S});
+    EXPECT_TRUE(elems(m, {0.5, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x1p100, 0, 1, 2, 3, 1}));
+    EXPECT_TRUE(elems(d, {S, S, S, S, S, S, S, S, S, S, S, S, S, S, S, S}));
 
     // A quarter turn about z with translation (1, 2, 3).
     float const rt[16] = {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1};
     std::copy(rt, rt + 16, m);
     EXPECT_TRUE(kernel().inverseTranslate(d, rt) && kernel().inverseTranslate(m));
-    expectNear(d, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1}); // rotation ignored
-    expectNear(m, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1});
+    EXPECT_TRUE(elems(d, {1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1})); // rotation ignored
+    EXPECT_TRUE(elems(m, {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, -1, -2, -3, 1}));
     // Rigid inverses: block transposed, translation -R't, bottom row not written.
     std::fill(d, d + 16, S);
     EXPECT_TRUE(kernel().inverseRotate(d, rt));
-    expectNear(d, {0, -1, 0, S, 1, 0, 0, S, 0, 0, 1, S, S, S, S, S});
+    EXPECT_TRUE(elems(d, {0, -1, 0, S, 1, 0, 0, S, 0, 0, 1, S, S, S, S, S}));
     EXPECT_TRUE(kernel().inverseRotateAndTr(d, rt));
-    expectNear(d, {0, -1, 0, S, 1, 0, 0, S, 0, 0, 1, S, -2, 1, -3, S});
+    EXPECT_TRUE(elems(d, {0, -1, 0, S, 1, 0, 0, S, 0, 0, 1, S, -2, 1, -3, S}));
 }

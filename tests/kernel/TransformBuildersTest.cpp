@@ -1,6 +1,8 @@
 // The transform builders: which elements each one writes, the worked values, and the products
 // against a double-width reference.
-#include "kernel/KernelTestSupport.h"
+#include "support/TestSupport.h"
+
+using namespace kdrtest;
 
 // A general matrix, small dyadic values, with a bottom row that is not 0, 0, 0, 1, and its affine
 // part.

@@ -1,9 +1,11 @@
 // ColorTest.cpp - Color construction, HSL conversions and blends
 #include "kdrcore/types/Color.h"
 
-#include "types/TypesTestSupport.h"
+#include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
+
+using namespace kdrtest;
 
 namespace {
 

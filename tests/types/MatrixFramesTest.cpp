@@ -1,5 +1,5 @@
 // MatrixFramesTest.cpp - rotation and frame builders, decompositions and the facing test
-#include "types/TypesTestSupport.h"
+#include "support/TestSupport.h"
 
 #include "kdrcore/types/Matrix.h"
 #include "kdrcore/types/Scalar.h"
@@ -10,7 +10,14 @@
 #include <initializer_list>
 #include <limits>
 
+using namespace kdrtest;
+
 namespace {
+MatAff4f affine(Vector3f const & c0, Vector3f const & c1, Vector3f const & c2, Vector3f const & t) {
+    MatAff4f m;
+    m.setBase(c0, c1, c2, t);
+    return m;
+}
 Vector3f const X(1, 0, 0), Y(0, 1, 0), Z(0, 0, 1), O(1, 2, 3);
 // A recognisable rigid matrix, to prove that an output was left alone.
 MatRot4f const SENTINEL(Z, 1.0f, Vector3f(7, 8, 9));
@@ -178,6 +185,10 @@ TEST(MatrixDecomp, IsFrontIsTheOrientationOfTheProjectedElement) {
     // Perspective with w = -z: the same element in front of and behind the eye flips.
     Matrix4f const persp(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -1, 0, 0, 0, 0);
     EXPECT_TRUE(persp.isFront(5.0f * z, z) && !persp.isFront(-5.0f * z, z));
+    // Every term counts: n = (0.48, 0.6, 0.64) gives u = (0, 0.64, -0.6), v = (-0.7696, 0.288,
+    // 0.3072); at (1, 1, -2) the rows (x, y, w) of p, u, v give D = 2 (0.492544) - 0.3072 (0.64)
+    // - 0.6 (1.0576) = 0.15392: not in front.
+    EXPECT_FALSE(persp.isFront(Vector3f(1, 1, -2), Vector3f(0.48f, 0.6f, 0.64f)));
     // n.x = +-0.5 takes the first pair, whose tangent is zero for the normal (+-0.5, 0, 0):
     // D = 0, false. The second pair gives D < 0 through these maps of z to x and to -x.
     Matrix4f const zToX(0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1);

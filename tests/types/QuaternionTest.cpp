@@ -1,13 +1,15 @@
 // QuaternionTest.cpp - the Quaternion value class: construction, conversions and algebra
 #include "kdrcore/types/Quaternion.h"
 
-#include "types/TypesTestSupport.h"
+#include "support/TestSupport.h"
 
 #include "kdrcore/types/Scalar.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+
+using namespace kdrtest;
 
 namespace {
 
@@ -80,32 +82,4 @@ TEST(ValueTypes, InterfaceConstructorsConvertImplicitly) {
     // float pointers where Vector3f const & is expected: (6*3 + -5*2) + 4*1 = 12.
     float p[3] = {1, 2, 3}, r[3] = {4, -5, 6};
     EXPECT_EQ(Vector3f::dot(p, r), 12.0f);
-}
-
-using QuaternionKernel = RecordingKernelTest;
-
-TEST_F(QuaternionKernel, MembersReachTheirKernelOperation) {
-    Quaternion q, r;
-    MatRot4f m;
-    Vector3f const v(0, 1, 0);
-    // In place: the object is the destination, a plain copy of it argument `copyArg`, and the
-    // other operand the remaining argument.
-    auto inPlace = [&](std::function<void()> const & f, int copyArg) {
-        std::string const ops = trace(f);
-        bool const ok = call(0).args[0] == q.getValue() && call(0).args[copyArg] != q.getValue() &&
-                        call(0).args[3 - copyArg] == r.getValue();
-        return ok ? ops : "wrong arguments: " + ops;
-    };
-    EXPECT_EQ(inPlace([&] { q.multLeftBy(r); }, 2), "multQuaternions");
-    EXPECT_EQ(inPlace([&] { q.multRightBy(r); }, 1), "multQuaternions");
-    EXPECT_EQ(inPlace([&] { q *= r; }, 1), "multQuaternions");
-    EXPECT_EQ(inPlace([&] { q.div(r); }, 1), "divQuaternionsU");
-    EXPECT_EQ(inPlace([&] { q /= r; }, 1), "divQuaternionsU");
-    EXPECT_EQ(trace([&] { Quaternion a(m), b(v, 1.0f), c(0.1f, 0.2f, 0.3f), d(q); }),
-              "RotMatrixToQuaternion axisToQuaternionU eulerToQuaternion");
-    EXPECT_EQ(trace([&] { q.setValue(v, Vector3f(1, 0, 0)); }), "cross axisToQuaternionU");
-    EXPECT_EQ(trace([&] { q.getValue(m); }), "quaternionToMatrix copyVec3fTo");
-    EXPECT_TRUE(call(1).args[0] == m.getValue() + 12 &&
-                call(1).args[1] == Vector3f::m_zero.getValue());
-    EXPECT_EQ(trace([&] { q = q * r, q = q / r; }), "multQuaternions divQuaternionsU");
 }
