@@ -90,8 +90,8 @@ TEST_F(KernelCalls, EachCallerReachesItsOperations) {
         // Value-class constructors: the identity, zero and copies.
         {"Mat4fBase, Matrix4f copies",
          [&] {
-             Mat4fBase b, c(b);
-             Matrix4f d(g), f(7);
+             [[maybe_unused]] Mat4fBase b, c(b);
+             [[maybe_unused]] Matrix4f d(g), f(7);
          },
          ""},
         {"Matrix4f(), (1), (0)", [] { Matrix4f x, y(1), z(0); }, "setIdentity setIdentity setZero"},
@@ -140,7 +140,7 @@ TEST_F(KernelCalls, EachCallerReachesItsOperations) {
         {"Quaternion in place", [&] { qa.multLeftBy(qb), qa *= qb, qa /= qb; },
          "multQuaternions multQuaternions divQuaternionsU"},
         {"Quaternion constructors",
-         [&] { Quaternion x(rot), y(Y, 1.0f), z(0.1f, 0.2f, 0.3f), c(qa); },
+         [&] { [[maybe_unused]] Quaternion x(rot), y(Y, 1.0f), z(0.1f, 0.2f, 0.3f), c(qa); },
          "RotMatrixToQuaternion axisToQuaternionU eulerToQuaternion"},
         {"Quaternion from-to, to matrix", [&] { qa.setValue(Y, X), qa.getValue(rot); },
          "cross axisToQuaternionU quaternionToMatrix copyVec3fTo"},

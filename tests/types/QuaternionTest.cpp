@@ -59,8 +59,9 @@ TEST(Quaternion, AlgebraAliasingAndSums) {
     Quaternion const a(Vector3f(1, 2, 2), 0.7f), b(Vector3f(0, 1, 0), -1.1f);
     ASSERT_FALSE(same(a * b, b * a, 1e-3)) << "a and b must not commute";
     Quaternion self(a), ds(a), left(b);
-    self *= self; // the argument may be the object itself
-    ds /= ds;
+    self *= self;                    // the argument may be the object itself
+    Quaternion const & divisor = ds; // the argument may be the object itself
+    ds /= divisor;
     left.multLeftBy(a);
     EXPECT_TRUE(same(self, a * a) && same(ds, Quaternion(), 1e-6) && same(left, a * b));
     EXPECT_TRUE(same((a / b) * b, a, 1e-6)); // (a b*) b = a for a unit b
