@@ -50,7 +50,7 @@ Arr filled(std::size_t n) {
 // Bit i of `written` set: element i must have been written; clear: it must hold the sentinel.
 void checkWritten(Arr const & out, std::uint32_t written, char const * op) {
     for (std::size_t i = 0; i < out.size(); ++i) {
-        const bool w = (written >> i) & 1u;
+        bool const w = (written >> i) & 1u;
         FUZZ_CHECK(isSentinel(out[i]) != w, "%s: element %zu %s", op, i,
                    w ? "not written" : "written but documented as untouched");
     }
@@ -89,7 +89,7 @@ enum Alias { NONE, A_OR_B, B_ONLY };
 
 // dst = f(a, b): a, b and dst of exact sizes; `alias` says which inputs dst may be.
 struct Binary {
-    const char * name;
+    char const * name;
     void (K::*f)(float *, float const *, float const *) const;
     std::size_t na, nb, nd;
     std::uint32_t mask;
@@ -116,7 +116,7 @@ const Binary BINARY[] = {
 
 // dst = f(src) or f(src, s); `frame`: a rotation matrix with the fixed bottom row and translation.
 struct Unary {
-    const char * name;
+    char const * name;
     void (K::*f)(float *, float const *) const;
     void (K::*fs)(float *, float const *, float) const;
     std::size_t ns, nd;
@@ -150,7 +150,7 @@ const Unary UNARY[] = {
 // The inverses with a bool result: all of `mask` or nothing; with `alias`, the same with
 // dst = src, and src untouched on failure.
 struct Inverse {
-    const char * name;
+    char const * name;
     bool (K::*f)(float *, float const *) const;
     std::uint32_t mask;
     bool alias, alwaysOk;
@@ -181,7 +181,7 @@ std::uint32_t columns(std::initializer_list<int> cs) {
 
 // The in-place products f(m, angle) or f(m, v): only the elements of `mask` may change.
 struct InPlace {
-    const char * name;
+    char const * name;
     void (K::*fs)(float *, float) const;
     void (K::*fv)(float *, float const *) const;
     std::uint32_t mask;
@@ -244,7 +244,7 @@ Arr runUnary(Unary const & op, Arr const & a, float s) {
 
 Arr runInverse(Inverse const & op, Arr const & src) {
     Arr out = filled(16);
-    const bool ok = (kernel().*op.f)(out.data(), src.data());
+    bool const ok = (kernel().*op.f)(out.data(), src.data());
     FUZZ_CHECK(ok || !op.alwaysOk, "%s: false", op.name);
     checkWritten(out, ok ? op.mask : 0u, op.name);
     if (op.alias) {
@@ -294,7 +294,7 @@ void special(int which, FuzzedDataProvider & in, Arr const & a, Arr const & b, f
         break;
     case 2: {
         // Refused exactly when a diagonal element of the block is exactly 0.
-        const bool refuse = a[0] == 0.0f || a[5] == 0.0f || a[10] == 0.0f;
+        bool const refuse = a[0] == 0.0f || a[5] == 0.0f || a[10] == 0.0f;
         FUZZ_CHECK(runInverse(INVERSE[3], a)[16] == (refuse ? 0.0f : 1.0f), "inverseScale");
         Arr m = a;
         FUZZ_CHECK(kernel().inverseScale(m.data()) == !refuse, "inverseScale(m)");
@@ -312,7 +312,7 @@ void special(int which, FuzzedDataProvider & in, Arr const & a, Arr const & b, f
         // No projection when normal . dir is exactly 0 (summed as the kernel sums it).
         Arr out = filled(16);
         kernel().setProjection(out.data(), a3.data(), s, b3.data());
-        const double dn = static_cast<double>(a[0]) * static_cast<double>(b[0]) +
+        double const dn = static_cast<double>(a[0]) * static_cast<double>(b[0]) +
                           static_cast<double>(a[1]) * static_cast<double>(b[1]) +
                           static_cast<double>(a[2]) * static_cast<double>(b[2]);
         checkWritten(out, dn == 0.0 ? 0u : ALL16, "setProjection");
@@ -347,7 +347,7 @@ void special(int which, FuzzedDataProvider & in, Arr const & a, Arr const & b, f
     }
     case 5: {
         // The seed table is indexed by the bits of x: any x, any iteration count.
-        const int iterations = in.ConsumeIntegralInRange(-3, 6);
+        int const iterations = in.ConsumeIntegralInRange(-3, 6);
         for (float x : {s, a[0], a[1], -s, 0.0f, -0.0f}) {
             (void)kernel().invSqrt(x);
             (void)kernel().invSqrt(x, iterations);
@@ -369,7 +369,7 @@ void special(int which, FuzzedDataProvider & in, Arr const & a, Arr const & b, f
     }
     default: {
         Arr r = filled(16), sc = filled(3), u = filled(16), t = filled(3), p = filled(16);
-        const bool ok =
+        bool const ok =
             kernel().factor(r.data(), sc.data(), u.data(), t.data(), p.data(), a.data());
         for (std::size_t i = 0; i < 3; ++i)
             FUZZ_CHECK(bitsOf(t[i]) == bitsOf(a[12 + i]), "factor: t[%zu] not the translation", i);
@@ -392,8 +392,8 @@ constexpr int NB = std::size(BINARY), NU = std::size(UNARY), NI = std::size(INVE
 // results appended to `results`.
 void run(FuzzedDataProvider & in, bool all, std::vector<float> & results) {
     const Arr a = consumeArray(in, 16), b = consumeArray(in, 16);
-    const float s = fuzz::consumeFloat(in);
-    const int pick = all ? -1 : in.ConsumeIntegralInRange(0, NB + NU + NI + NP + NS - 1);
+    float const s = fuzz::consumeFloat(in);
+    int const pick = all ? -1 : in.ConsumeIntegralInRange(0, NB + NU + NI + NP + NS - 1);
     auto keep = [&](Arr const & x) { results.insert(results.end(), x.begin(), x.end()); };
     for (int k = 0; k < NB; ++k)
         if (all || pick == k)
@@ -417,7 +417,7 @@ void run(FuzzedDataProvider & in, bool all, std::vector<float> & results) {
     keep(Arr(values, values + 3));
     keep(Arr(&vectors[0][0], &vectors[0][0] + 9));
     Arr fr(16, 0.0f), fs(3, 0.0f), fu(16, 0.0f), ft(3), fp(16);
-    const bool ok =
+    bool const ok =
         kernel().factor(fr.data(), fs.data(), fu.data(), ft.data(), fp.data(), a.data());
     keep({static_cast<float>(rotations), ok ? 1.0f : 0.0f, kernel().det4(a.data()),
           kernel().det3(a.data()), kernel().invSqrt(s), kernel().msqrt(s, 2)});
@@ -428,7 +428,7 @@ void run(FuzzedDataProvider & in, bool all, std::vector<float> & results) {
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t * data, std::size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
     std::vector<float> lowest;
     fuzz::forEachLevel([&](int level) {
         FuzzedDataProvider in(data, size);

@@ -14,14 +14,14 @@ constexpr unsigned int STACK_COLUMNS = 16;
 
 using Column = BinarySort::Column;
 
-inline const unsigned char * rowByte(const Column & column, int row) {
+inline unsigned char const * rowByte(Column const & column, int row) {
     return column.m_data + static_cast<std::size_t>(row) * column.m_stride;
 }
 
 // counts[b] := the number of rows whose byte in `column` is b.
-void countBytes(const Column & column, int numRows, unsigned int * counts) {
+void countBytes(Column const & column, int numRows, unsigned int * counts) {
     std::memset(counts, 0, RADIX * sizeof(unsigned int));
-    const unsigned char * p = column.m_data;
+    unsigned char const * p = column.m_data;
     const std::size_t stride = column.m_stride;
     for (int r = 0; r < numRows; ++r, p += stride)
         ++counts[*p];
@@ -29,7 +29,7 @@ void countBytes(const Column & column, int numRows, unsigned int * counts) {
 
 // One stable counting pass: the rows of `in`, in their order, go to `out` grouped by their byte
 // in `column`. `counts` is the column's histogram.
-void placeRows(const Column & column, const unsigned int * counts, const int * in, int * out,
+void placeRows(Column const & column, unsigned int const * counts, int const * in, int * out,
                int numRows) {
     unsigned int next[RADIX];
     unsigned int sum = 0;
@@ -37,10 +37,10 @@ void placeRows(const Column & column, const unsigned int * counts, const int * i
         next[b] = sum;
         sum += counts[b];
     }
-    const unsigned char * const data = column.m_data;
+    unsigned char const * const data = column.m_data;
     const std::size_t stride = column.m_stride;
     for (int i = 0; i < numRows; ++i) {
-        const int row = in[i];
+        int const row = in[i];
         out[next[data[static_cast<std::size_t>(row) * stride]]++] = row;
     }
 }
@@ -48,11 +48,11 @@ void placeRows(const Column & column, const unsigned int * counts, const int * i
 // Appends `count` columns over `data`, `data + 1`, ... with the same stride to the sorter's
 // array `columns` of `numColumns` entries. The array is reallocated to exactly the new size, no
 // growth margin; a failed allocation leaves both unchanged.
-void appendColumns(Column *& columns, unsigned int & numColumns, const unsigned char * data,
+void appendColumns(Column *& columns, unsigned int & numColumns, unsigned char const * data,
                    unsigned int count, unsigned int stride) {
     if (count == 0)
         return;
-    const unsigned long long total =
+    unsigned long long const total =
         static_cast<unsigned long long>(numColumns) + static_cast<unsigned long long>(count);
     if (total > 0xFFFFFFFFull)
         throw std::bad_array_new_length(); // the count would overflow: no such array
@@ -74,11 +74,11 @@ BinarySort::~BinarySort() {
     delete[] m_columns;
 }
 
-void BinarySort::addItem(const unsigned char * data, unsigned int size) {
+void BinarySort::addItem(unsigned char const * data, unsigned int size) {
     appendColumns(m_columns, m_numColumns, data, size, size);
 }
 
-void BinarySort::addColumn(const unsigned char * data) {
+void BinarySort::addColumn(unsigned char const * data) {
     appendColumns(m_columns, m_numColumns, data, 1, 1);
 }
 
@@ -96,7 +96,7 @@ void BinarySort::sort(int numRows, int * result) {
         heapCounts.reset(new unsigned int[static_cast<std::size_t>(m_numColumns) * RADIX]);
         counts = heapCounts.get();
     }
-    const unsigned int total = static_cast<unsigned int>(numRows);
+    unsigned int const total = static_cast<unsigned int>(numRows);
     unsigned int passes = 0;
     for (unsigned int c = 0; c < m_numColumns; ++c) {
         unsigned int * const h = counts + static_cast<std::size_t>(c) * RADIX;
@@ -113,7 +113,7 @@ void BinarySort::sort(int numRows, int * result) {
     for (int r = 0; r < numRows; ++r)
         source[r] = r;
     for (unsigned int c = m_numColumns; c-- > 0;) {
-        const unsigned int * const h = counts + static_cast<std::size_t>(c) * RADIX;
+        unsigned int const * const h = counts + static_cast<std::size_t>(c) * RADIX;
         if (h[*m_columns[c].m_data] == total)
             continue;
         placeRows(m_columns[c], h, source, target, numRows);
@@ -123,15 +123,15 @@ void BinarySort::sort(int numRows, int * result) {
     }
 }
 
-int BinarySort::getUniqueRows(int numRows, const int * sortedRows, unsigned char * flags) const {
+int BinarySort::getUniqueRows(int numRows, int const * sortedRows, unsigned char * flags) const {
     if (numRows <= 0)
         return 0;
     flags[0] = 1;
     std::memset(flags + 1, 0, static_cast<std::size_t>((numRows - 1) / 8));
     int count = 1;
     for (int j = 1; j < numRows; ++j) {
-        const int a = sortedRows[j - 1];
-        const int b = sortedRows[j];
+        int const a = sortedRows[j - 1];
+        int const b = sortedRows[j];
         for (unsigned int c = 0; c < m_numColumns; ++c) {
             if (*rowByte(m_columns[c], a) != *rowByte(m_columns[c], b)) {
                 flags[j >> 3] = static_cast<unsigned char>(flags[j >> 3] | (1u << (j & 7)));

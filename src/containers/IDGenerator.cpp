@@ -19,11 +19,11 @@ void freeRanges(s_IDRange * first) {
 }
 
 // A copy of the list from `first` on; on a failed allocation nothing is kept and it rethrows.
-s_IDRange * copyRanges(const s_IDRange * first) {
+s_IDRange * copyRanges(s_IDRange const * first) {
     s_IDRange * head = nullptr;
     s_IDRange ** link = &head;
     try {
-        for (const s_IDRange * r = first; r != nullptr; r = r->m_next) {
+        for (s_IDRange const * r = first; r != nullptr; r = r->m_next) {
             *link = new s_IDRange{r->m_start, r->m_count, nullptr};
             link = &(*link)->m_next;
         }
@@ -44,14 +44,14 @@ s_IDRange * copyRanges(const s_IDRange * first) {
 
 IDGenerator::IDGenerator() : m_freeRanges(new s_IDRange{FULL_START, FULL_COUNT, nullptr}) {}
 
-IDGenerator::IDGenerator(const IDGenerator & other)
+IDGenerator::IDGenerator(IDGenerator const & other)
     : m_freeRanges(copyRanges(other.m_freeRanges)) {}
 
 IDGenerator::~IDGenerator() {
     freeRanges(m_freeRanges);
 }
 
-const IDGenerator & IDGenerator::operator=(const IDGenerator & other) {
+IDGenerator const & IDGenerator::operator=(IDGenerator const & other) {
     if (this != &other) {
         // Copy first, so that a failed allocation leaves this generator as it was.
         s_IDRange * const copy = copyRanges(other.m_freeRanges);
@@ -74,7 +74,7 @@ int IDGenerator::generateIDSlow() {
     s_IDRange * const first = m_freeRanges;
     if (first->m_count == 0)
         return -1;
-    const int result = first->m_start;
+    int const result = first->m_start;
     if (result < INT_MAX)
         ++first->m_start;
     --first->m_count;
@@ -91,7 +91,7 @@ int IDGenerator::generateID(int requested) {
     for (s_IDRange * r = *link; r != nullptr; link = &r->m_next, r = *link) {
         if (r->m_start > requested)
             break; // below this range and above the previous one: in use
-        const int offset = requested - r->m_start; // >= 0: the range starts at or below it
+        int const offset = requested - r->m_start; // >= 0: the range starts at or below it
         if (offset >= r->m_count)
             continue;
         if (offset == 0) {
@@ -129,7 +129,7 @@ bool IDGenerator::freeID(int id) {
         return false;
     if (id - r->m_start == r->m_count) {
         // A following range that touches this one may hold the id already.
-        const s_IDRange * const next = r->m_next;
+        s_IDRange const * const next = r->m_next;
         if (next != nullptr && next->m_start == id && next->m_count > 0)
             return false;
         ++r->m_count; // grows at the top, not merged with a range it now touches

@@ -43,7 +43,7 @@ void applyMask(byte & b, byte mask, bool value) {
     b = value ? static_cast<byte>(b | mask) : static_cast<byte>(b & ~mask);
 }
 
-std::uint64_t load64(const byte * p) {
+std::uint64_t load64(byte const * p) {
     std::uint64_t w;
     std::memcpy(&w, p, sizeof w);
     return w;
@@ -63,15 +63,15 @@ byte * allocateStorage(int count) {
 }
 
 // Number of bits set in bytes [0, count): BitCount.h, with POPCNT where the processor has it.
-int countBytes(const byte * p, int count) {
+int countBytes(byte const * p, int count) {
     return kdrcore::detail::countBits(p, count);
 }
 
 // Calls f(index) for each bit equal to `value` among the first `bits` bits, ascending.
-template <class F> void forEachBit(const byte * p, int bits, bool value, F f) {
+template <class F> void forEachBit(byte const * p, int bits, bool value, F f) {
     const std::uint64_t flip64 = value ? 0 : ~std::uint64_t{0};
     const byte flip = value ? byte{0} : byte{0xFF};
-    const int full = bits >> 3;
+    int const full = bits >> 3;
     int j = 0;
     for (; j + 8 <= full; j += 8)
         for (std::uint64_t w = load64(p + j) ^ flip64; w != 0; w &= w - 1)
@@ -95,8 +95,8 @@ void setStorage(byte *& bytes, byte *& bytesEnd, byte * storage, int count) {
 void fillBits(byte * bytes, int from, int to, bool value) {
     if (from >= to)
         return;
-    const int first = from >> 3;
-    const int last = (to - 1) >> 3;
+    int const first = from >> 3;
+    int const last = (to - 1) >> 3;
     const byte headMask = highMask(from & 7);
     const byte tailMask = lowMask(((to - 1) & 7) + 1);
     if (first == last) {
@@ -109,7 +109,7 @@ void fillBits(byte * bytes, int from, int to, bool value) {
 }
 
 // Set bits among the first `bits` bits of the storage at `bytes`.
-int countSet(const byte * bytes, int bits) {
+int countSet(byte const * bytes, int bits) {
     if (bits <= 0)
         return 0;
     int n = countBytes(bytes, bits >> 3);
@@ -121,23 +121,23 @@ int countSet(const byte * bytes, int bits) {
 // Union (or, `exclusive`, exclusive or) of an array's fields `bytes`, `bytesEnd`, `size` with
 // the bits of another array, as KDRBoolArray::set(other) and toggle(other) document it. The
 // other array's fields are read before any is written, so it may be the same array.
-void combine(byte *& bytes, byte *& bytesEnd, int & size, const byte * otherBytes, int otherSize,
+void combine(byte *& bytes, byte *& bytesEnd, int & size, byte const * otherBytes, int otherSize,
              bool exclusive) {
     if (otherSize <= 0)
         return;
-    const bool otherLonger = otherSize > size;
-    const int longSize = otherLonger ? otherSize : size;
-    const int shortSize = otherLonger ? size : otherSize;
-    const byte * src = bytes;
-    const byte * o = otherBytes;
+    bool const otherLonger = otherSize > size;
+    int const longSize = otherLonger ? otherSize : size;
+    int const shortSize = otherLonger ? size : otherSize;
+    byte const * src = bytes;
+    byte const * o = otherBytes;
     byte * dst = bytes;
-    const int newCount = bytesFor(otherSize);
-    const bool grow = newCount > static_cast<int>(bytesEnd - bytes);
+    int const newCount = bytesFor(otherSize);
+    bool const grow = newCount > static_cast<int>(bytesEnd - bytes);
     if (grow)
         dst = allocateStorage(newCount);
 
     // Whole bytes of the common range read the old storage and write the new one.
-    const int full = shortSize >> 3;
+    int const full = shortSize >> 3;
     for (int j = 0; j < full; ++j)
         dst[j] = static_cast<byte>(exclusive ? src[j] ^ o[j] : src[j] | o[j]);
     int next = full;
@@ -151,7 +151,7 @@ void combine(byte *& bytes, byte *& bytesEnd, int & size, const byte * otherByte
     }
     // The rest of the longer array's used bytes, as they are (already in place when this is the
     // longer array, since then no growth happens).
-    const int used = bytesFor(longSize);
+    int const used = bytesFor(longSize);
     if (otherLonger && used > next)
         std::memmove(dst + next, o + next, static_cast<std::size_t>(used - next));
 
@@ -171,7 +171,7 @@ KDRBoolArray::KDRBoolArray(int n, bool value) : KDRBoolArray() {
     assign(n, value);
 }
 
-KDRBoolArray::KDRBoolArray(const KDRBoolArray & other) : KDRBoolArray() {
+KDRBoolArray::KDRBoolArray(KDRBoolArray const & other) : KDRBoolArray() {
     copy(other, false);
 }
 
@@ -179,7 +179,7 @@ KDRBoolArray::~KDRBoolArray() {
     freeData();
 }
 
-const KDRBoolArray KDRBoolArray::operator=(const KDRBoolArray & other) {
+const KDRBoolArray KDRBoolArray::operator=(KDRBoolArray const & other) {
     copy(other, false);
     return KDRBoolArray(*this);
 }
@@ -202,9 +202,9 @@ void KDRBoolArray::swap(KDRBoolArray & other) {
     std::swap(m_size, other.m_size);
 }
 
-void KDRBoolArray::copy(const KDRBoolArray & other, bool spareValue) {
-    const int size = std::max(other.m_size, 0);
-    const int used = bytesFor(size);
+void KDRBoolArray::copy(KDRBoolArray const & other, bool spareValue) {
+    int const size = std::max(other.m_size, 0);
+    int const used = bytesFor(size);
     if (used > storageBytes()) {
         freeData();
         setStorage(m_bytes, m_bytesEnd, allocateStorage(used), used);
@@ -228,7 +228,7 @@ void KDRBoolArray::assign(int n, bool value) {
     std::memset(m_bytes, fillByte(value), static_cast<std::size_t>(storageBytes()));
 }
 
-void KDRBoolArray::assign(int n, const char * bytes) {
+void KDRBoolArray::assign(int n, char const * bytes) {
     n = std::max(n, 0);
     if (bytesFor(n) > storageBytes()) {
         freeData();
@@ -239,7 +239,7 @@ void KDRBoolArray::assign(int n, const char * bytes) {
         std::memcpy(m_bytes, bytes, static_cast<std::size_t>(bytesFor(n)));
 }
 
-void KDRBoolArray::assign(int count, const int * indexes, int size) {
+void KDRBoolArray::assign(int count, int const * indexes, int size) {
     if (size == -1) {
         set(count, indexes);
         return;
@@ -250,10 +250,10 @@ void KDRBoolArray::assign(int count, const int * indexes, int size) {
 }
 
 void KDRBoolArray::resize(int n, bool value) {
-    const int newCount = bytesFor(n);
+    int const newCount = bytesFor(n);
     if (newCount > storageBytes()) {
         byte * bytes = allocateStorage(newCount);
-        const int used = bytesFor(m_size);
+        int const used = bytesFor(m_size);
         if (used > 0)
             std::memcpy(bytes, m_bytes, static_cast<std::size_t>(used));
         std::memset(bytes + used, fillByte(value), static_cast<std::size_t>(newCount - used));
@@ -305,7 +305,7 @@ void KDRBoolArray::toggleAutoResize(int i) {
 void KDRBoolArray::set(int start, int count) {
     if (start < 0)
         return;
-    const int end = start + std::max(count, 1);
+    int const end = start + std::max(count, 1);
     if (m_size < end)
         resize(end, false);
     fillBits(m_bytes, start, end, true);
@@ -314,16 +314,16 @@ void KDRBoolArray::set(int start, int count) {
 void KDRBoolArray::clear(int start, int count) {
     if (start < 0)
         return;
-    const int end = start + std::max(count, 1);
+    int const end = start + std::max(count, 1);
     if (m_size < end)
         resize(end, false);
     fillBits(m_bytes, start, end, false);
 }
 
-void KDRBoolArray::set(int count, const int * indexes) {
+void KDRBoolArray::set(int count, int const * indexes) {
     if (count < 1)
         return;
-    const int largest = *std::max_element(indexes, indexes + count);
+    int const largest = *std::max_element(indexes, indexes + count);
     if (largest >= m_size)
         resize(largest + 1, false);
     for (int k = 0; k < count; ++k)
@@ -331,10 +331,10 @@ void KDRBoolArray::set(int count, const int * indexes) {
             set(indexes[k]);
 }
 
-void KDRBoolArray::clear(int count, const int * indexes) {
+void KDRBoolArray::clear(int count, int const * indexes) {
     if (count < 1)
         return;
-    const int largest = *std::max_element(indexes, indexes + count);
+    int const largest = *std::max_element(indexes, indexes + count);
     if (largest >= m_size)
         resize(largest + 1, false);
     for (int k = 0; k < count; ++k)
@@ -342,7 +342,7 @@ void KDRBoolArray::clear(int count, const int * indexes) {
             clear(indexes[k]);
 }
 
-void KDRBoolArray::set(const KDRArray<int> & indexes) {
+void KDRBoolArray::set(KDRArray<int> const & indexes) {
     set(indexes.size(), indexes.begin());
 }
 
@@ -355,7 +355,7 @@ void KDRBoolArray::clearAll() {
 }
 
 void KDRBoolArray::inverse() {
-    const int full = m_size >> 3;
+    int const full = m_size >> 3;
     for (int j = 0; j < full; ++j)
         m_bytes[j] = static_cast<byte>(~m_bytes[j]);
     if ((m_size & 7) != 0)
@@ -369,15 +369,15 @@ void KDRBoolArray::toggleAll() {
         *p = static_cast<byte>(~*p);
 }
 
-void KDRBoolArray::set(const KDRBoolArray & other) {
+void KDRBoolArray::set(KDRBoolArray const & other) {
     combine(m_bytes, m_bytesEnd, m_size, other.m_bytes, other.m_size, false);
 }
 
-void KDRBoolArray::toggle(const KDRBoolArray & other) {
+void KDRBoolArray::toggle(KDRBoolArray const & other) {
     combine(m_bytes, m_bytesEnd, m_size, other.m_bytes, other.m_size, true);
 }
 
-void KDRBoolArray::inter(const KDRBoolArray & other) {
+void KDRBoolArray::inter(KDRBoolArray const & other) {
     if (m_size <= 0)
         return;
     if (other.m_size <= 0) {
@@ -385,23 +385,23 @@ void KDRBoolArray::inter(const KDRBoolArray & other) {
         m_bytes[0] = 1;
         return;
     }
-    const int size = std::min(m_size, other.m_size);
-    const int full = size >> 3;
+    int const size = std::min(m_size, other.m_size);
+    int const full = size >> 3;
     for (int j = 0; j < full; ++j)
         m_bytes[j] = static_cast<byte>(m_bytes[j] & other.m_bytes[j]);
     if ((size & 7) != 0)
         m_bytes[full] = static_cast<byte>(m_bytes[full] & other.m_bytes[full] & lowMask(size & 7));
-    const int used = bytesFor(size);
+    int const used = bytesFor(size);
     if (used < storageBytes())
         m_bytes[used] = 1; // the byte behind the used ones; the end guard holds 1 already
     m_size = size;
 }
 
-void KDRBoolArray::clear(const KDRBoolArray & other) {
+void KDRBoolArray::clear(KDRBoolArray const & other) {
     if (other.m_size <= 0)
         return;
-    const int size = std::min(m_size, other.m_size);
-    const int full = size >> 3;
+    int const size = std::min(m_size, other.m_size);
+    int const full = size >> 3;
     for (int j = 0; j < full; ++j)
         m_bytes[j] = static_cast<byte>(m_bytes[j] & ~other.m_bytes[j]);
     if ((size & 7) != 0)
@@ -409,14 +409,14 @@ void KDRBoolArray::clear(const KDRBoolArray & other) {
             static_cast<byte>(m_bytes[full] & ~(other.m_bytes[full] & lowMask(size & 7)));
 }
 
-bool KDRBoolArray::hasInter(const KDRBoolArray & other) const {
+bool KDRBoolArray::hasInter(KDRBoolArray const & other) const {
     // The intersection of this and `other` has a set bit; found without building it.
-    const int size = std::min(m_size, other.m_size);
+    int const size = std::min(m_size, other.m_size);
     if (size <= 0)
         return false;
-    const byte * a = m_bytes;
-    const byte * b = other.m_bytes;
-    const int full = size >> 3;
+    byte const * a = m_bytes;
+    byte const * b = other.m_bytes;
+    int const full = size >> 3;
     int j = 0;
     for (; j + 8 <= full; j += 8)
         if ((load64(a + j) & load64(b + j)) != 0)
@@ -427,15 +427,15 @@ bool KDRBoolArray::hasInter(const KDRBoolArray & other) const {
     return (size & 7) != 0 && (a[full] & b[full] & lowMask(size & 7)) != 0;
 }
 
-bool KDRBoolArray::bitTest(const KDRBoolArray & other) const {
-    const int top = other.findLast(true, other.m_size - 1);
+bool KDRBoolArray::bitTest(KDRBoolArray const & other) const {
+    int const top = other.findLast(true, other.m_size - 1);
     if (top < 0)
         return true;
     if (top >= m_size)
         return false;
-    const byte * a = m_bytes;
-    const byte * b = other.m_bytes;
-    const int topByte = top >> 3;
+    byte const * a = m_bytes;
+    byte const * b = other.m_bytes;
+    int const topByte = top >> 3;
     int j = 0;
     for (; j + 8 <= topByte; j += 8) {
         const std::uint64_t w = load64(b + j);
@@ -449,12 +449,12 @@ bool KDRBoolArray::bitTest(const KDRBoolArray & other) const {
     return (a[topByte] & mask & b[topByte]) == (b[topByte] & mask);
 }
 
-bool KDRBoolArray::operator==(const KDRBoolArray & other) const {
+bool KDRBoolArray::operator==(KDRBoolArray const & other) const {
     if (m_size != other.m_size)
         return false;
     if (m_size <= 0)
         return true;
-    const int full = m_size >> 3;
+    int const full = m_size >> 3;
     if (full > 0 && std::memcmp(m_bytes, other.m_bytes, static_cast<std::size_t>(full)) != 0)
         return false;
     if ((m_size & 7) == 0)
@@ -472,14 +472,14 @@ int KDRBoolArray::findFirst(bool value, int start) const {
     start = std::max(start, 0);
     const byte flip = value ? byte{0} : byte{0xFF};
     const std::uint64_t flip64 = value ? 0 : ~std::uint64_t{0};
-    const int used = bytesFor(m_size);
+    int const used = bytesFor(m_size);
     int j = start >> 3;
     unsigned x = static_cast<byte>((m_bytes[j] ^ flip) & highMask(start & 7));
     if (x == 0) {
         for (++j; j + 8 <= used; j += 8) {
             const std::uint64_t w = load64(m_bytes + j) ^ flip64;
             if (w != 0) {
-                const int r = 8 * j + std::countr_zero(w);
+                int const r = 8 * j + std::countr_zero(w);
                 return r < m_size ? r : -1;
             }
         }
@@ -491,7 +491,7 @@ int KDRBoolArray::findFirst(bool value, int start) const {
         if (j >= used)
             return -1;
     }
-    const int r = 8 * j + std::countr_zero(x);
+    int const r = 8 * j + std::countr_zero(x);
     return r < m_size ? r : -1; // a hit in a spare bit is no hit
 }
 
@@ -521,7 +521,7 @@ int KDRBoolArray::findLast(bool value, int start) const {
 }
 
 bool KDRBoolArray::getIndexesSet(KDRArray<int> & out) const {
-    const int n = getNumberOfBitSet();
+    int const n = getNumberOfBitSet();
     if (n == 0) {
         out.clear();
         return false;
@@ -533,7 +533,7 @@ bool KDRBoolArray::getIndexesSet(KDRArray<int> & out) const {
 }
 
 bool KDRBoolArray::getIndexesCleared(KDRArray<int> & out) const {
-    const int n = m_size - getNumberOfBitSet();
+    int const n = m_size - getNumberOfBitSet();
     if (n <= 0) {
         out.clear();
         return false;
@@ -548,11 +548,11 @@ void KDRBoolArray::insert(int i, bool value) {
     if (i < 0 || i >= m_size)
         return;
     resize(m_size + 1, false);
-    const int used = bytesFor(m_size);
+    int const used = bytesFor(m_size);
     int j = i >> 3;
-    const int k = i & 7;
+    int const k = i & 7;
     // In the byte of i the bits from position k up move left by one, the lower bits stay.
-    const unsigned first = m_bytes[j];
+    unsigned const first = m_bytes[j];
     unsigned carry = first >> 7u;
     m_bytes[j] = static_cast<byte>((first & lowMask(k)) | ((first & highMask(k)) << 1u) |
                                    (value ? 1u << k : 0u));
@@ -563,7 +563,7 @@ void KDRBoolArray::insert(int i, bool value) {
         carry = static_cast<unsigned>(w >> 63);
     }
     for (; j < used; ++j) {
-        const unsigned old = m_bytes[j];
+        unsigned const old = m_bytes[j];
         m_bytes[j] = static_cast<byte>((old << 1u) | carry);
         carry = old >> 7u;
     }
@@ -572,14 +572,14 @@ void KDRBoolArray::insert(int i, bool value) {
 void KDRBoolArray::erase(int i) {
     if (i < 0 || i >= m_size)
         return;
-    const int newSize = m_size - 1;
+    int const newSize = m_size - 1;
     if (i < newSize) {
         // Bit j takes bit j + 1 for j in [i, newSize); every other bit, the old top one among
         // them, keeps its content. Byte j + 1 is read before it is rewritten; at the top it may
         // be a spare byte or the end guard, whose bit lands outside the mask.
-        const int last = (newSize - 1) >> 3;
+        int const last = (newSize - 1) >> 3;
         int j = i >> 3;
-        const auto shiftByte = [&](int at) {
+        auto const shiftByte = [&](int at) {
             const byte cur = m_bytes[at];
             const auto shifted = static_cast<byte>((cur >> 1) | ((m_bytes[at + 1] & 1u) << 7));
             byte mask = 0xFF;

@@ -4,7 +4,7 @@
 namespace {
 
 // The position-table entry for `key`: -1 for a negative key or one beyond the table.
-int getKeyIndex(const KDRArray<int> & keyIndexes, int key) {
+int getKeyIndex(KDRArray<int> const & keyIndexes, int key) {
     if (key < 0 || key >= keyIndexes.size())
         return -1;
     return keyIndexes[static_cast<std::size_t>(key)];
@@ -23,7 +23,7 @@ bool setKeyIndex(KDRArray<int> & keyIndexes, int key, int index) {
 
 } // namespace
 
-const KDRKeyArray & KDRKeyArray::operator=(const KDRKeyArray & other) {
+KDRKeyArray const & KDRKeyArray::operator=(KDRKeyArray const & other) {
     if (this != &other) {
         m_keys = other.m_keys;
         m_keyIndexes = other.m_keyIndexes;
@@ -48,15 +48,15 @@ KDRKey * KDRKeyArray::getKey(int index) const {
 }
 
 KDRKey * KDRKeyArray::findKey(int key) const {
-    const int i = getKeyIndex(m_keyIndexes, key);
+    int const i = getKeyIndex(m_keyIndexes, key);
     if (i < 0 || i >= m_keys.size())
         return nullptr;
     return m_keys[static_cast<std::size_t>(i)];
 }
 
 bool KDRKeyArray::addKey(KDRKey * key) {
-    const int k = key != nullptr ? key->getKey() : -1;
-    const int i = getKeyIndex(m_keyIndexes, k);
+    int const k = key != nullptr ? key->getKey() : -1;
+    int const i = getKeyIndex(m_keyIndexes, k);
     if (i != -1) {
         // The key is in use: the former object just leaves the array.
         m_keys[static_cast<std::size_t>(i)] = key;
@@ -69,8 +69,8 @@ bool KDRKeyArray::addKey(KDRKey * key) {
 }
 
 bool KDRKeyArray::removeKey(KDRKey * key) {
-    const int k = key != nullptr ? key->getKey() : -1;
-    const int i = getKeyIndex(m_keyIndexes, k);
+    int const k = key != nullptr ? key->getKey() : -1;
+    int const i = getKeyIndex(m_keyIndexes, k);
     if (i == -1)
         return false;
     m_keyIndexes[static_cast<std::size_t>(k)] = -1;

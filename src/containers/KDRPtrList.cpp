@@ -294,12 +294,12 @@ KDRPtrList::KDRPtrList() {
     init();
 }
 
-KDRPtrList::KDRPtrList(const KDRPtrList & other) {
+KDRPtrList::KDRPtrList(KDRPtrList const & other) {
     init();
     copy(other);
 }
 
-KDRPtrList & KDRPtrList::operator=(const KDRPtrList & other) {
+KDRPtrList & KDRPtrList::operator=(KDRPtrList const & other) {
     if (this != &other)
         copy(other);
     return *this;
@@ -313,7 +313,7 @@ void KDRPtrList::init() {
     LIST_CORE.init();
 }
 
-void KDRPtrList::copy(const KDRPtrList & other) {
+void KDRPtrList::copy(KDRPtrList const & other) {
     LIST_CORE.copyFrom(other.m_first);
 }
 
@@ -376,7 +376,7 @@ int KDRPtrList::insertSorted(void * data, int (*compare)(void *, void *)) {
         return prepend(data) ? 0 : -1;
     if (compare(data, m_last->m_data) >= 0)
         return append(data) ? m_size - 1 : -1;
-    const int c = compare(data, m_current->m_data);
+    int const c = compare(data, m_current->m_data);
     if (c == 0)
         return -1; // a tie with the current element in the middle is refused
     // Before the cursor the search runs from the start up to it, behind the cursor from the
@@ -444,7 +444,7 @@ bool KDRPtrList::removeRange(int from, int to) {
         m_first = after;
     if (after == nullptr)
         m_last = before;
-    const int removed = to - from;
+    int const removed = to - from;
     m_size -= removed;
     if (m_currentPosition >= to) {
         m_currentPosition -= removed;
@@ -474,12 +474,12 @@ KDRPtrDList::KDRPtrDList() {
     init();
 }
 
-KDRPtrDList::KDRPtrDList(const KDRPtrDList & other) {
+KDRPtrDList::KDRPtrDList(KDRPtrDList const & other) {
     init();
     copy(other);
 }
 
-KDRPtrDList & KDRPtrDList::operator=(const KDRPtrDList & other) {
+KDRPtrDList & KDRPtrDList::operator=(KDRPtrDList const & other) {
     if (this != &other)
         copy(other);
     return *this;
@@ -493,7 +493,7 @@ void KDRPtrDList::init() {
     DLIST_CORE.init();
 }
 
-void KDRPtrDList::copy(const KDRPtrDList & other) {
+void KDRPtrDList::copy(KDRPtrDList const & other) {
     DLIST_CORE.copyFrom(other.m_first);
 }
 

@@ -21,7 +21,7 @@ FILE * KDRDebugFile::getDebugFile() {
     return stream;
 }
 
-void KDRDebugFile::writeDebugFile(const char * text) {
+void KDRDebugFile::writeDebugFile(char const * text) {
     FILE * const file = getDebugFile();
     if (file == nullptr || text == nullptr)
         return; // no file: the text is dropped, and the next call tries to open it again

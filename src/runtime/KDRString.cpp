@@ -17,13 +17,13 @@ const KDRString nullString("!!! NULL String !!!");
 
 // A reference bound to an object of static storage: fixed before any code runs, so the address is
 // right even for a caller that runs ahead of the object's construction.
-const KDRString & KDRString::m_null = nullString;
+KDRString const & KDRString::m_null = nullString;
 
-KDRString::KDRString(const std::string & other, int position, int count)
+KDRString::KDRString(std::string const & other, int position, int count)
     : std::string(other, static_cast<std::size_t>(position),
                   count < 0 ? std::string::npos : static_cast<std::size_t>(count)) {}
 
-KDRString::KDRString(const char * text, int count)
+KDRString::KDRString(char const * text, int count)
     : std::string(text, static_cast<std::size_t>(count)) {}
 
 KDRString::KDRString(int count, char character)
@@ -31,7 +31,7 @@ KDRString::KDRString(int count, char character)
 
 KDRString::~KDRString() = default;
 
-int swprintf(unsigned short * buffer, const unsigned short * format, ...) {
+int swprintf(unsigned short * buffer, unsigned short const * format, ...) {
     if (buffer == nullptr || format == nullptr)
         return -1;
     std::va_list args;

@@ -7,7 +7,7 @@
 #include <cstdint>
 
 bool KDRTimer::timingInitDone = false;
-void (*KDRTimer::m_outFunction)(const unsigned short *) = nullptr;
+void (*KDRTimer::m_outFunction)(unsigned short const *) = nullptr;
 
 namespace {
 
@@ -28,12 +28,12 @@ bool queryCounter(std::int64_t & count) {
     return true;
 }
 
-const unsigned short emptyName[1] = {0};
+unsigned short const emptyName[1] = {0};
 
 constexpr kdrcore::detail::Text16 lineFormat(" %d: %s = %.5f  [%.5f]");
 constexpr std::size_t lineRoom = 100; // 16-bit units, terminator included
 
-bool sameText(const unsigned short * a, const unsigned short * b) {
+bool sameText(unsigned short const * a, unsigned short const * b) {
     if (a == b)
         return true;
     if (a == nullptr || b == nullptr)
@@ -75,7 +75,7 @@ void KDRTimer::reset() {
     m_resetTime = getElapsedTime();
 }
 
-void KDRTimer::reset(const unsigned short * name) {
+void KDRTimer::reset(unsigned short const * name) {
     m_name = name;
     m_resetTime = getElapsedTime();
     m_times.clear();
@@ -88,12 +88,12 @@ double KDRTimer::getElapsedTimeFromReset() const {
     return getElapsedTime() - m_resetTime;
 }
 
-void KDRTimer::pushTime(const unsigned short * name) {
+void KDRTimer::pushTime(unsigned short const * name) {
     m_times.push_back(getElapsedTime());
     m_names.push_back(name);
 }
 
-double KDRTimer::findTime(const unsigned short * name, int & index, int) {
+double KDRTimer::findTime(unsigned short const * name, int & index, int) {
     for (int i = 0; i < m_names.size(); ++i) {
         if (sameText(m_names[static_cast<std::size_t>(i)], name)) {
             index = i;

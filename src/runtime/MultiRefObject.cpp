@@ -5,13 +5,13 @@ namespace {
 
 // Modes as stored by every guard: 0 releases without deleting, 1 releases and may delete, any
 // other value releases nothing.
-int resolveMode(const MultiRefObject * object, int mode) {
+int resolveMode(MultiRefObject const * object, int mode) {
     if (object != nullptr && mode == 2)
         return object->getRefCount() != 0 ? 1 : 0;
     return mode;
 }
 
-void release(const MultiRefObject * object, int mode) {
+void release(MultiRefObject const * object, int mode) {
     if (object == nullptr)
         return;
     if (mode == 0)
@@ -29,7 +29,7 @@ void MultiRefObject::unref() const {
         delete this;
 }
 
-AutoRefUnref::AutoRefUnref(const MultiRefObject * object, e_deleteMode mode)
+AutoRefUnref::AutoRefUnref(MultiRefObject const * object, e_deleteMode mode)
     : m_object(object), m_mode(static_cast<e_deleteMode>(resolveMode(object, mode))) {
     if (m_object != nullptr)
         m_object->ref();
@@ -39,7 +39,7 @@ AutoRefUnref::~AutoRefUnref() {
     release(m_object, m_mode);
 }
 
-MultiRefObject::AutoRefUnref::AutoRefUnref(const MultiRefObject * object, e_deleteMode mode)
+MultiRefObject::AutoRefUnref::AutoRefUnref(MultiRefObject const * object, e_deleteMode mode)
     : m_object(object), m_mode(static_cast<e_deleteMode>(resolveMode(object, mode))) {
     if (m_object != nullptr)
         m_object->ref();
@@ -49,7 +49,7 @@ MultiRefObject::AutoRefUnref::~AutoRefUnref() {
     release(m_object, m_mode);
 }
 
-AutoUnref::AutoUnref(const MultiRefObject * object, e_deleteMode mode)
+AutoUnref::AutoUnref(MultiRefObject const * object, e_deleteMode mode)
     : m_object(object), m_mode(static_cast<e_deleteMode>(resolveMode(object, mode))) {}
 
 AutoUnref::~AutoUnref() {

@@ -43,7 +43,7 @@ struct Directive {
 };
 
 // The narrow directive for snprintf: flags, "*" and ".*" when given, `length`, `conv`.
-std::string narrowSpec(const Directive & d, const char * length, char conv) {
+std::string narrowSpec(Directive const & d, char const * length, char conv) {
     std::string spec = "%";
     if (d.left)
         spec += '-';
@@ -68,7 +68,7 @@ std::string narrowSpec(const Directive & d, const char * length, char conv) {
 // Renders one number through snprintf and copies it out. The width and precision always go as
 // "*" arguments; a negative precision means "none" to printf, as -1 means here.
 template <class T>
-void putNumber(Sink & out, const Directive & d, const char * length, char conv, T value) {
+void putNumber(Sink & out, Directive const & d, char const * length, char conv, T value) {
     std::string const spec = narrowSpec(d, length, conv);
     int const width = d.width < 0 ? 0 : d.width;
     char local[128];
@@ -76,7 +76,7 @@ void putNumber(Sink & out, const Directive & d, const char * length, char conv, 
     if (n < 0)
         return;
     std::string large;
-    const char * text = local;
+    char const * text = local;
     if (static_cast<std::size_t>(n) >= sizeof local) {
         large.resize(static_cast<std::size_t>(n) + 1);
         std::snprintf(large.data(), large.size(), spec.c_str(), width, d.precision, value);
@@ -89,7 +89,7 @@ void putNumber(Sink & out, const Directive & d, const char * length, char conv, 
 
 // Copies `count` units of text with the padding of `d` (spaces; '0' is not used for text).
 template <class C>
-void putText(Sink & out, const Directive & d, const C * text, std::size_t count) {
+void putText(Sink & out, Directive const & d, const C * text, std::size_t count) {
     std::size_t const width = d.width < 0 ? 0 : static_cast<std::size_t>(d.width);
     std::size_t const pad = width > count ? width - count : 0;
     if (!d.left)
@@ -113,7 +113,7 @@ bool isDigit(unsigned short c) {
 }
 
 // Reads a decimal number; saturates at INT_MAX.
-int readNumber(const unsigned short *& p) {
+int readNumber(unsigned short const *& p) {
     int value = 0;
     for (; isDigit(*p); ++p) {
         int const digit = *p - '0';
@@ -124,16 +124,16 @@ int readNumber(const unsigned short *& p) {
 
 } // namespace
 
-int vformatWide(unsigned short * buffer, std::size_t room, const unsigned short * format,
+int vformatWide(unsigned short * buffer, std::size_t room, unsigned short const * format,
                 std::va_list args) {
     Sink out{buffer, room - 1, 0};
-    const unsigned short * p = format;
+    unsigned short const * p = format;
     while (*p != 0) {
         if (*p != '%') {
             out.put(*p++);
             continue;
         }
-        const unsigned short * const start = p++;
+        unsigned short const * const start = p++;
         Directive d;
         for (bool more = true; more;) {
             switch (*p) {
@@ -262,13 +262,13 @@ int vformatWide(unsigned short * buffer, std::size_t room, const unsigned short 
             break;
         case 's':
             if (length == "h") {
-                const char * text = va_arg(args, const char *);
+                char const * text = va_arg(args, char const *);
                 if (text == nullptr)
                     text = "(null)";
                 putText(out, d, text, boundedLength(text, d.precision));
             } else {
-                static const unsigned short nullText[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
-                const unsigned short * text = va_arg(args, const unsigned short *);
+                static unsigned short const nullText[] = {'(', 'n', 'u', 'l', 'l', ')', 0};
+                unsigned short const * text = va_arg(args, unsigned short const *);
                 if (text == nullptr)
                     text = nullText;
                 putText(out, d, text, boundedLength(text, d.precision));
@@ -286,7 +286,7 @@ int vformatWide(unsigned short * buffer, std::size_t room, const unsigned short 
             out.put('%');
             break;
         default: // unknown or missing conversion: the directive stands as it was written
-            for (const unsigned short * q = start; q < p; ++q)
+            for (unsigned short const * q = start; q < p; ++q)
                 out.put(*q);
             break;
         }
@@ -295,7 +295,7 @@ int vformatWide(unsigned short * buffer, std::size_t room, const unsigned short 
     return out.count > static_cast<std::size_t>(INT_MAX) ? INT_MAX : static_cast<int>(out.count);
 }
 
-int formatWide(unsigned short * buffer, std::size_t room, const unsigned short * format, ...) {
+int formatWide(unsigned short * buffer, std::size_t room, unsigned short const * format, ...) {
     std::va_list args;
     va_start(args, format);
     int const n = vformatWide(buffer, room, format, args);

@@ -87,7 +87,7 @@ void LUDecomp::Triangularise_Pmatrice(double * matrix, _POINT3D * rhs, int n) {
     kdrcore::detail::eliminate(matrix, rhs, n, New_pmat);
 }
 
-double * LUDecomp::Resoud_matrice(const double * matrix, const double * rhs, int n, bool * ok) {
+double * LUDecomp::Resoud_matrice(double const * matrix, double const * rhs, int n, bool * ok) {
     if (n < 1) {
         *ok = false;
         return Coeff;
@@ -97,12 +97,12 @@ double * LUDecomp::Resoud_matrice(const double * matrix, const double * rhs, int
         resoudn = n;
     }
     *ok = true;
-    const double tolerance = TOLERANCE;
+    double const tolerance = TOLERANCE;
     const std::size_t un = static_cast<std::size_t>(n);
     double * const x = Coeff;
     x[un - 1] = rhs[un - 1] / matrix[(un - 1) * un + (un - 1)];
     for (std::size_t i = un - 1; i-- > 0;) {
-        const double * const row = matrix + i * un;
+        double const * const row = matrix + i * un;
         double s = 0.0;
         for (std::size_t j = i + 1; j < un; ++j)
             s = s + row[j] * x[j];
@@ -115,7 +115,7 @@ double * LUDecomp::Resoud_matrice(const double * matrix, const double * rhs, int
     return x;
 }
 
-_POINT3D * LUDecomp::Resoud_Pmatrice(const double * matrix, const _POINT3D * rhs, int n,
+_POINT3D * LUDecomp::Resoud_Pmatrice(double const * matrix, const _POINT3D * rhs, int n,
                                      bool * ok) {
     if (n < 1) {
         *ok = false;
@@ -126,19 +126,19 @@ _POINT3D * LUDecomp::Resoud_Pmatrice(const double * matrix, const _POINT3D * rhs
     auto * const x = static_cast<_POINT3D *>(std::calloc(un, sizeof(_POINT3D)));
     if (x == nullptr)
         throw std::bad_alloc();
-    const double last = matrix[(un - 1) * un + (un - 1)];
+    double const last = matrix[(un - 1) * un + (un - 1)];
     // Only an exact zero is refused here; the rows above use the tolerance.
     if (last == 0.0) {
         *ok = false;
         return x;
     }
-    const double rLast = 1.0 / last;
+    double const rLast = 1.0 / last;
     x[un - 1].x = static_cast<float>(wide(rhs[un - 1].x) * rLast);
     x[un - 1].y = static_cast<float>(wide(rhs[un - 1].y) * rLast);
     x[un - 1].z = static_cast<float>(wide(rhs[un - 1].z) * rLast);
-    const double tolerance = TOLERANCE;
+    double const tolerance = TOLERANCE;
     for (std::size_t i = un - 1; i-- > 0;) {
-        const double * const row = matrix + i * un;
+        double const * const row = matrix + i * un;
         double sx = 0.0, sy = 0.0, sz = 0.0;
         for (std::size_t j = i + 1; j < un; ++j) {
             sx = sx + row[j] * wide(x[j].x);
@@ -149,7 +149,7 @@ _POINT3D * LUDecomp::Resoud_Pmatrice(const double * matrix, const _POINT3D * rhs
             *ok = false;
             return x;
         }
-        const double r = 1.0 / row[i];
+        double const r = 1.0 / row[i];
         x[i].x = static_cast<float>((wide(rhs[i].x) - sx) * r);
         x[i].y = static_cast<float>((wide(rhs[i].y) - sy) * r);
         x[i].z = static_cast<float>((wide(rhs[i].z) - sz) * r);
@@ -183,7 +183,7 @@ double * LUDecomp::Inverse_Matrix(double * matrix, int n) {
         double best = INVERSE_PIVOT_LIMIT;
         std::size_t c = un;
         for (std::size_t j = k; j < un; ++j) {
-            const double m = std::fabs(rowK[j]);
+            double const m = std::fabs(rowK[j]);
             if (m > best) {
                 best = m;
                 c = j;
@@ -197,14 +197,14 @@ double * LUDecomp::Inverse_Matrix(double * matrix, int n) {
                 std::swap(wm[i * un + k], wm[i * un + c]);
             }
         }
-        const double pivot = rowK[k];
+        double const pivot = rowK[k];
         for (std::size_t j = k + 1; j < un; ++j)
             f[j] = rowK[j] / pivot;
         for (std::size_t i = 0; i < un; ++i) {
             double * const ai = a + i * un;
             double * const wi = wm + i * un;
-            const double aik = ai[k];
-            const double wik = wi[k];
+            double const aik = ai[k];
+            double const wik = wi[k];
             for (std::size_t j = k + 1; j < un; ++j) {
                 ai[j] = ai[j] - aik * f[j];
                 wi[j] = wi[j] - wik * f[j];
@@ -213,15 +213,15 @@ double * LUDecomp::Inverse_Matrix(double * matrix, int n) {
     }
 
     for (std::size_t k = un - 1; k > 0; --k) {
-        const double * const rowK = a + k * un;
-        const double pivot = rowK[k];
+        double const * const rowK = a + k * un;
+        double const pivot = rowK[k];
         for (std::size_t j = 0; j < k; ++j)
             f[j] = rowK[j] / pivot;
         for (std::size_t i = 0; i < un; ++i) {
             double * const ai = a + i * un;
             double * const wi = wm + i * un;
-            const double aik = ai[k];
-            const double wik = wi[k];
+            double const aik = ai[k];
+            double const wik = wi[k];
             for (std::size_t j = 0; j < k; ++j) {
                 ai[j] = ai[j] - aik * f[j];
                 wi[j] = wi[j] - wik * f[j];
@@ -280,7 +280,7 @@ void LUDecomp::trashRESNUM() {
 }
 
 _POINT3D Div3D(const _POINT3D * point, double divisor) {
-    const double r = 1.0 / divisor;
+    double const r = 1.0 / divisor;
     _POINT3D result;
     result.x = static_cast<float>(wide(point->x) * r);
     result.y = static_cast<float>(wide(point->y) * r);

@@ -9,17 +9,17 @@
 using kdrcore::detail::wide;
 
 // The constants are given by their bit patterns, so that no decimal rounding can move them.
-const double TOLERANCE = std::bit_cast<double>(std::uint64_t{0x3F1A36E2EB1C432D});
-const float BOX_TOLERANCE = std::bit_cast<float>(std::uint32_t{0x33D6BF95});
-const float FLOAT_EPSILON = std::bit_cast<float>(std::uint32_t{0x34000000});
-const float FLOAT_MAX = std::bit_cast<float>(std::uint32_t{0x7F7FFFFF});
-const float FLOAT_LOWEST = std::bit_cast<float>(std::uint32_t{0xFF7FFFFF});
-const float PI_F = std::bit_cast<float>(std::uint32_t{0x40490FDB});
-const float HALF_PI_F = std::bit_cast<float>(std::uint32_t{0x3FC90FDB});
-const float TWO_PI_F = std::bit_cast<float>(std::uint32_t{0x40C90FDB});
-const double PI_D = std::bit_cast<double>(std::uint64_t{0x400921FB54442D18});
-const double HALF_PI_D = std::bit_cast<double>(std::uint64_t{0x3FF921FB54442D18});
-const double TWO_PI_D = std::bit_cast<double>(std::uint64_t{0x401921FB54442D18});
+double const TOLERANCE = std::bit_cast<double>(std::uint64_t{0x3F1A36E2EB1C432D});
+float const BOX_TOLERANCE = std::bit_cast<float>(std::uint32_t{0x33D6BF95});
+float const FLOAT_EPSILON = std::bit_cast<float>(std::uint32_t{0x34000000});
+float const FLOAT_MAX = std::bit_cast<float>(std::uint32_t{0x7F7FFFFF});
+float const FLOAT_LOWEST = std::bit_cast<float>(std::uint32_t{0xFF7FFFFF});
+float const PI_F = std::bit_cast<float>(std::uint32_t{0x40490FDB});
+float const HALF_PI_F = std::bit_cast<float>(std::uint32_t{0x3FC90FDB});
+float const TWO_PI_F = std::bit_cast<float>(std::uint32_t{0x40C90FDB});
+double const PI_D = std::bit_cast<double>(std::uint64_t{0x400921FB54442D18});
+double const HALF_PI_D = std::bit_cast<double>(std::uint64_t{0x3FF921FB54442D18});
+double const TWO_PI_D = std::bit_cast<double>(std::uint64_t{0x401921FB54442D18});
 
 namespace {
 

@@ -25,7 +25,7 @@ double normProduct(Vector3f const & a, Vector3f const & b) {
 } // namespace
 
 constinit const Vector3f Vector3f::m_zero(0.0f, 0.0f, 0.0f);
-constinit const Vector3f * const Vector3f::m_axis = axisTable;
+constinit Vector3f const * const Vector3f::m_axis = axisTable;
 constinit const Vector2f Vector2f::m_zero(0.0f, 0.0f);
 constinit const Vector4f Vector4f::m_zero(0.0f, 0.0f, 0.0f, 0.0f);
 constinit const Vector2i Vector2i::m_zero(0, 0);

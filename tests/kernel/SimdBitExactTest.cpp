@@ -184,7 +184,7 @@ Outcome run(Op op, bool inPlace, float const * a, float const * b) {
     std::fill(o.dst, o.dst + 16, SENTINEL);
     if (inPlace)
         std::memcpy(o.dst, a, sizeof o.dst);
-    Op volatile const f = op; // no inlining: nothing moves across the flag calls
+    Op const volatile f = op; // no inlining: nothing moves across the flag calls
     std::feclearexcept(FE_ALL_EXCEPT);
     o.result = f(o.dst, inPlace ? o.dst : a, b);
     o.flags = std::fetestexcept(FLAGS);

@@ -15,21 +15,21 @@ class KDRCORE_API BinarySort {
 public:
     /// One sort digit: the byte of row r is m_data[r * m_stride].
     struct Column {
-        const unsigned char * m_data;
+        unsigned char const * m_data;
         unsigned int m_stride;
     };
 
     BinarySort();
     ~BinarySort();
-    BinarySort(const BinarySort &) = delete;
-    BinarySort & operator=(const BinarySort &) = delete;
+    BinarySort(BinarySort const &) = delete;
+    BinarySort & operator=(BinarySort const &) = delete;
 
     /// Adds `size` columns for an array of records of `size` bytes, the record's first byte the
     /// most significant (feed a little-endian integer's bytes in reverse to sort by value).
-    void addItem(const unsigned char * data, unsigned int size);
+    void addItem(unsigned char const * data, unsigned int size);
 
     /// Adds one column for a plain byte array (stride 1), less significant than those before.
-    void addColumn(const unsigned char * data);
+    void addColumn(unsigned char const * data);
 
     /// Writes the row numbers 0 to numRows - 1 into `result` (room for numRows ints) in
     /// ascending order of their column bytes; equal rows keep ascending row numbers. With no
@@ -40,7 +40,7 @@ public:
     /// the positions whose row differs in some column from the row before; position 0 is always
     /// marked, the bytes 0 to (numRows - 1) / 8 are written. Returns the number of distinct rows.
     /// numRows <= 0: returns 0 and leaves `flags` alone.
-    int getUniqueRows(int numRows, const int * sortedRows, unsigned char * flags) const;
+    int getUniqueRows(int numRows, int const * sortedRows, unsigned char * flags) const;
 
 private:
     unsigned int m_numColumns;

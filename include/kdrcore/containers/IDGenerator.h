@@ -22,10 +22,10 @@ struct s_IDRange {
 class KDRCORE_API IDGenerator {
 public:
     IDGenerator();
-    IDGenerator(const IDGenerator & other);
+    IDGenerator(IDGenerator const & other);
     ~IDGenerator();
     /// Replaces the ranges with a copy of other's. Assigning a generator to itself changes nothing.
-    const IDGenerator & operator=(const IDGenerator & other);
+    IDGenerator const & operator=(IDGenerator const & other);
 
     /// The lowest free id, or -1 when none is left. Constant time.
     int generateID() {

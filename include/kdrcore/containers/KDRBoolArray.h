@@ -33,10 +33,10 @@ public:
     /// assign(n, value) on an empty array.
     KDRBoolArray(int n, bool value);
     /// copy(other, false) on an empty array: exact storage, spare bits clear.
-    KDRBoolArray(const KDRBoolArray & other);
+    KDRBoolArray(KDRBoolArray const & other);
     ~KDRBoolArray();
     /// copy(other, false), then a new array built from *this is returned by value.
-    const KDRBoolArray operator=(const KDRBoolArray & other);
+    const KDRBoolArray operator=(KDRBoolArray const & other);
 
     /// Releases the storage, if any: size 0, capacity 0.
     void clearArray();
@@ -44,16 +44,16 @@ public:
     void swap(KDRBoolArray & other);
     /// Takes other's size and bits; reallocates (keeping nothing) only when other's size exceeds
     /// the capacity. Every bit from the size up to the capacity is then set to `spareValue`.
-    void copy(const KDRBoolArray & other, bool spareValue);
+    void copy(KDRBoolArray const & other, bool spareValue);
     /// Size := n (n < 0 counts as 0), every byte of the capacity filled with `value`.
     /// Reallocates, keeping nothing, when n exceeds the capacity.
     void assign(int n, bool value);
     /// Size := n; (n + 7) / 8 bytes are copied from `bytes`, packed as this array is. The rest of
     /// the storage is not touched. Same growth as assign(n, value).
-    void assign(int n, const char * bytes);
+    void assign(int n, char const * bytes);
     /// size -1: set(count, indexes), keeping the bits already set. Otherwise assign(size, false),
     /// then the bits indexes[0 .. count) are set; each must lie in [0, size).
-    void assign(int count, const int * indexes, int size);
+    void assign(int count, int const * indexes, int size);
     /// Size := n. Bits below both sizes keep their values; bits from the old size up to n take
     /// `value`; storage bytes from (n + 7) / 8 up are filled with `value`. Grows exactly when n
     /// exceeds the capacity. n <= 0 on an array without storage does nothing.
@@ -93,11 +93,11 @@ public:
     void clear(int start, int count);
     /// Sets the bits indexes[0 .. count), skipping negative ones; grows to the largest index + 1
     /// when that is beyond the size. count < 1: nothing.
-    void set(int count, const int * indexes);
+    void set(int count, int const * indexes);
     /// As set(count, indexes), clearing, the growth included.
-    void clear(int count, const int * indexes);
+    void clear(int count, int const * indexes);
     /// set(count, data) of the array.
-    void set(const KDRArray<int> & indexes);
+    void set(KDRArray<int> const & indexes);
     /// Set, clear or flip the bits [0, size()); spare bits keep their content.
     void setAll();
     void clearAll();
@@ -110,22 +110,22 @@ public:
     /// Union. The size becomes the larger size; bits beyond the shorter array come from the
     /// longer one. Nothing when `other` is empty. Reallocates exactly when other's size exceeds
     /// the capacity.
-    void set(const KDRBoolArray & other);
-    void merge(const KDRBoolArray & other) { set(other); }
+    void set(KDRBoolArray const & other);
+    void merge(KDRBoolArray const & other) { set(other); }
     /// Exclusive or, with the size rule, growth and empty case of the union.
-    void toggle(const KDRBoolArray & other);
+    void toggle(KDRBoolArray const & other);
     /// Intersection: the size becomes the smaller size (0 when `other` is empty), bits above it
     /// in the last partial byte are cleared. Nothing when this is empty. Storage stays.
-    void inter(const KDRBoolArray & other);
+    void inter(KDRBoolArray const & other);
     /// Clears every bit set in `other`, below the smaller size. Sizes do not change.
-    void clear(const KDRBoolArray & other);
+    void clear(KDRBoolArray const & other);
     /// True when some index below both sizes is set in both.
-    bool hasInter(const KDRBoolArray & other) const;
+    bool hasInter(KDRBoolArray const & other) const;
     /// True when every bit set in `other` is set in this; true when `other` has no set bit,
     /// false when other's highest set bit is at or beyond size(). Other's size plays no part.
-    bool bitTest(const KDRBoolArray & other) const;
+    bool bitTest(KDRBoolArray const & other) const;
     /// Same size and the same bits below it; spare bits are not compared.
-    bool operator==(const KDRBoolArray & other) const;
+    bool operator==(KDRBoolArray const & other) const;
     /// @}
 
     /// @{ @name Queries

@@ -12,8 +12,8 @@ public:
     KDRKey() : m_key(0) {}
     /// The key as given, with no test.
     KDRKey(int key) : m_key(key) {}
-    KDRKey(const KDRKey & other) = default;
-    KDRKey & operator=(const KDRKey & other) = default;
+    KDRKey(KDRKey const & other) = default;
+    KDRKey & operator=(KDRKey const & other) = default;
     ~KDRKey() = default;
 
     int getKey() const { return m_key; }
@@ -35,11 +35,11 @@ class KDRCORE_API KDRKeyArray {
 public:
     KDRKeyArray() = default;
     /// Copies both arrays; the objects are shared with `other`.
-    KDRKeyArray(const KDRKeyArray & other) = default;
+    KDRKeyArray(KDRKeyArray const & other) = default;
     /// Releases the arrays, never the objects.
     ~KDRKeyArray() = default;
     /// Copies both arrays; the objects are shared with `other`.
-    const KDRKeyArray & operator=(const KDRKeyArray & other);
+    KDRKeyArray const & operator=(KDRKeyArray const & other);
 
     /// Exchanges the contents in constant time.
     void swap(KDRKeyArray & other);

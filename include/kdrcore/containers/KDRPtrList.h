@@ -40,9 +40,9 @@ class KDRCORE_API KDRPtrList {
 public:
     KDRPtrList();
     /// Same data pointers, in order; the cursor on the first element.
-    KDRPtrList(const KDRPtrList & other);
+    KDRPtrList(KDRPtrList const & other);
     /// As the copy constructor; assigning a list to itself changes nothing.
-    KDRPtrList & operator=(const KDRPtrList & other);
+    KDRPtrList & operator=(KDRPtrList const & other);
     virtual ~KDRPtrList();
 
     /// New first element. Always true.
@@ -107,7 +107,7 @@ protected:
     /// Sets the fields to the empty state; frees nothing.
     void init();
     /// removeAll, then one new element per element of `other`; cursor on the first.
-    void copy(const KDRPtrList & other);
+    void copy(KDRPtrList const & other);
 
 private:
     s_KDRPtrListElement * m_first;
@@ -125,9 +125,9 @@ class KDRCORE_API KDRPtrDList {
 public:
     KDRPtrDList();
     /// Same data pointers, in order; the cursor on the first element.
-    KDRPtrDList(const KDRPtrDList & other);
+    KDRPtrDList(KDRPtrDList const & other);
     /// As the copy constructor; assigning a list to itself changes nothing.
-    KDRPtrDList & operator=(const KDRPtrDList & other);
+    KDRPtrDList & operator=(KDRPtrDList const & other);
     virtual ~KDRPtrDList();
 
     bool prepend(void * data);
@@ -164,7 +164,7 @@ public:
 
 protected:
     void init();
-    void copy(const KDRPtrDList & other);
+    void copy(KDRPtrDList const & other);
 
 private:
     s_KDRPtrDListElement * m_first;

@@ -17,7 +17,7 @@ public:
     /// Writes `text` as one line and flushes it: at most 4095 bytes are kept, and when the last
     /// kept byte is not a line feed it is replaced by one (not added behind it). An empty or null
     /// text writes nothing; when the file cannot be opened the text is dropped.
-    static void writeDebugFile(const char * text);
+    static void writeDebugFile(char const * text);
 };
 
 #endif // KDRCORE_RUNTIME_KDRDEBUGFILE_H

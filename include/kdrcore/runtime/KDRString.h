@@ -12,16 +12,16 @@
 class KDRCORE_API KDRString : public std::string {
 public:
     KDRString() = default;
-    KDRString(const std::string & other) : std::string(other) {}
+    KDRString(std::string const & other) : std::string(other) {}
     /// At most `count` characters of `other` from `position`; a negative count takes the rest.
-    KDRString(const std::string & other, int position, int count);
-    KDRString(const char * text, int count);
-    KDRString(const char * text) : std::string(text) {}
+    KDRString(std::string const & other, int position, int count);
+    KDRString(char const * text, int count);
+    KDRString(char const * text) : std::string(text) {}
     KDRString(int count, char character);
-    KDRString(const char * first, const char * last) : std::string(first, last) {}
-    KDRString(const KDRString &) = default;
+    KDRString(char const * first, char const * last) : std::string(first, last) {}
+    KDRString(KDRString const &) = default;
     KDRString(KDRString &&) = default;
-    KDRString & operator=(const KDRString &) = default;
+    KDRString & operator=(KDRString const &) = default;
     KDRString & operator=(KDRString &&) = default;
     ~KDRString();
 
@@ -31,7 +31,7 @@ public:
 
     /// The process-wide null string, built while the library loads and destroyed at unload.
     /// Known by its address only; its text means nothing.
-    static const KDRString & m_null;
+    static KDRString const & m_null;
 };
 
 /// Formatted print on zero-terminated 16-bit text, without a size limit: the caller guarantees the
@@ -42,7 +42,7 @@ public:
 /// digits of the address. An unknown conversion is copied as it stands. Returns the number of
 /// characters written, the terminator not counted, and writes nothing past that terminator;
 /// -1, with nothing written, when `buffer` or `format` is null.
-KDRCORE_API int swprintf(unsigned short * buffer, const unsigned short * format, ...);
+KDRCORE_API int swprintf(unsigned short * buffer, unsigned short const * format, ...);
 
 /// `value` as an unsigned 32-bit number, bit for bit; no check is made.
 KDRCORE_API unsigned int KDRCheck64bDataLoss(int value);

@@ -14,7 +14,7 @@ public:
     /// The time base is set.
     static bool timingInitDone;
     /// Receives each line of print(), terminated, without a line end; null prints nothing.
-    static void (*m_outFunction)(const unsigned short * line);
+    static void (*m_outFunction)(unsigned short const * line);
 
     /// Sets the time base on the first success; later calls change nothing and give true.
     /// False when the platform has no high-resolution counter; a later call then tries again.
@@ -28,23 +28,23 @@ public:
     /// Moves the origin to now; laps and name stay.
     void reset();
     /// Starts a new series: `m_name` := name, origin now, no laps, room for 15 reserved.
-    void reset(const unsigned short * name);
+    void reset(unsigned short const * name);
     /// Seconds from the origin to now.
     double getElapsedTimeFromReset() const;
     /// Records a lap at the time now under `name`.
-    void pushTime(const unsigned short * name);
+    void pushTime(unsigned short const * name);
     /// The time, since the time base, of the first lap whose name has the same characters as
     /// `name`, and its index in `index`; no such lap: 0.0 and index -1. A null name matches only
     /// a null name. The third argument is not read.
-    double findTime(const unsigned short * name, int & index, int);
+    double findTime(unsigned short const * name, int & index, int);
     /// One line per lap i, " %d: %s = %.5f  [%.5f]": i, the name, the time from the origin, the
     /// time from the lap before (from the origin for lap 0). Each line is built in a buffer of
     /// 100 units, terminator included; a longer line is cut there. Changes nothing.
     void print();
 
     KDRArray<double> m_times;                 ///< one time per lap, seconds since the time base
-    KDRArray<const unsigned short *> m_names; ///< one name per lap, same index as m_times
-    const unsigned short * m_name;            ///< the name of the last reset with a name
+    KDRArray<unsigned short const *> m_names; ///< one name per lap, same index as m_times
+    unsigned short const * m_name;            ///< the name of the last reset with a name
     double m_resetTime;                       ///< the origin, seconds since the time base
 };
 

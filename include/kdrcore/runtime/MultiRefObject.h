@@ -45,11 +45,11 @@ public:
     /// Stores both; with a non-null object resolves e_deleteIfReferenced by the count before the
     /// increment, then increments the count. A mode outside the table still takes the reference,
     /// and the destructor then releases nothing.
-    AutoRefUnref(const MultiRefObject * object, e_deleteMode mode);
+    AutoRefUnref(MultiRefObject const * object, e_deleteMode mode);
     ~AutoRefUnref();
 
 private:
-    const MultiRefObject * m_object;
+    MultiRefObject const * m_object;
     e_deleteMode m_mode;
 };
 
@@ -61,11 +61,11 @@ public:
     enum e_deleteMode : int { e_noDelete = 0, e_delete = 1, e_deleteIfReferenced = 2 };
 
     /// As ::AutoRefUnref: resolves e_deleteIfReferenced, then takes a reference.
-    AutoRefUnref(const MultiRefObject * object, e_deleteMode mode);
+    AutoRefUnref(MultiRefObject const * object, e_deleteMode mode);
     ~AutoRefUnref();
 
 private:
-    const MultiRefObject * m_object;
+    MultiRefObject const * m_object;
     e_deleteMode m_mode;
 };
 
@@ -79,11 +79,11 @@ public:
 
     /// Stores both and resolves e_deleteIfReferenced by the object's count now; the count itself
     /// is not touched.
-    AutoUnref(const MultiRefObject * object, e_deleteMode mode);
+    AutoUnref(MultiRefObject const * object, e_deleteMode mode);
     ~AutoUnref();
 
 private:
-    const MultiRefObject * m_object;
+    MultiRefObject const * m_object;
     e_deleteMode m_mode;
 };
 
@@ -91,12 +91,12 @@ private:
 class KDRCORE_API CountedPtrBase {
 protected:
     /// Null: nothing. Else count + 1.
-    void ref(const MultiRefObject * object) {
+    void ref(MultiRefObject const * object) {
         if (object != nullptr)
             object->ref();
     }
     /// Null: nothing. Else as MultiRefObject::unref, which may delete the object.
-    void unref(const MultiRefObject * object) {
+    void unref(MultiRefObject const * object) {
         if (object != nullptr)
             object->unref();
     }

@@ -37,7 +37,7 @@ public:
     /// (from the bottom, the last row excepted) whose diagonal is below TOLERANCE in magnitude:
     /// the entries below that row are solved, the others hold anything. n < 1: `*ok` false and
     /// the buffer as it stands (possibly null).
-    static double * Resoud_matrice(const double * matrix, const double * rhs, int n, bool * ok);
+    static double * Resoud_matrice(double const * matrix, double const * rhs, int n, bool * ok);
 
     /// The elimination of Triangularise_matrice with a point right-hand side, each coordinate
     /// rounded to float after each step. No final diagonal test.
@@ -47,7 +47,7 @@ public:
     /// the caller releases with free(), also when `*ok` is false: then the unsolved points are
     /// zero. A last diagonal of exactly 0 fails at once; any other row fails below TOLERANCE.
     /// n < 1: `*ok` false and null.
-    static _POINT3D * Resoud_Pmatrice(const double * matrix, const _POINT3D * rhs, int n,
+    static _POINT3D * Resoud_Pmatrice(double const * matrix, const _POINT3D * rhs, int n,
                                       bool * ok);
 
     /// Inverse of `matrix` by a Gauss-Jordan reduction on columns, in a new double[n * n] that

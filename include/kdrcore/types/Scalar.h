@@ -9,17 +9,17 @@
 /// @{ @name Shared read-only constants
 /// A double constant is compared as a double: a float operand is widened, the constant is never
 /// rounded to float.
-KDRCORE_API extern const double TOLERANCE;    ///< 0.0001, the default tolerance of the library
-KDRCORE_API extern const float BOX_TOLERANCE; ///< 1e-7, used by the line-box intersection
-KDRCORE_API extern const float FLOAT_EPSILON; ///< 2^-23
-KDRCORE_API extern const float FLOAT_MAX;     ///< largest finite float
-KDRCORE_API extern const float FLOAT_LOWEST;  ///< most negative finite float
-KDRCORE_API extern const float PI_F;
-KDRCORE_API extern const float HALF_PI_F;
-KDRCORE_API extern const float TWO_PI_F;
-KDRCORE_API extern const double PI_D;
-KDRCORE_API extern const double HALF_PI_D;
-KDRCORE_API extern const double TWO_PI_D;
+KDRCORE_API extern double const TOLERANCE;    ///< 0.0001, the default tolerance of the library
+KDRCORE_API extern float const BOX_TOLERANCE; ///< 1e-7, used by the line-box intersection
+KDRCORE_API extern float const FLOAT_EPSILON; ///< 2^-23
+KDRCORE_API extern float const FLOAT_MAX;     ///< largest finite float
+KDRCORE_API extern float const FLOAT_LOWEST;  ///< most negative finite float
+KDRCORE_API extern float const PI_F;
+KDRCORE_API extern float const HALF_PI_F;
+KDRCORE_API extern float const TWO_PI_F;
+KDRCORE_API extern double const PI_D;
+KDRCORE_API extern double const HALF_PI_D;
+KDRCORE_API extern double const TWO_PI_D;
 /// @}
 
 /// @{ @name Tolerance comparisons

@@ -137,7 +137,7 @@ public:
 
     static const Vector3f m_zero; ///< (0, 0, 0)
     /// Six unit axes: +x, +y, +z, -x, -y, -z.
-    static const Vector3f * const m_axis;
+    static Vector3f const * const m_axis;
 
 private:
     // One operation each, at double width, rounded once: the same bits whatever the host's flags.
