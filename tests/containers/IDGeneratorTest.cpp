@@ -76,6 +76,11 @@ TEST(IDGenerator, TheIdAboveTheFullRangeJoinsItsTop) {
     EXPECT_EQ(all.generateID(), INT_MAX - 1);
     EXPECT_EQ(all.generateID(), INT_MAX);
     EXPECT_EQ(all.generateID(), -1);
+    // Taken on request, the last free id also leaves its emptied range as the mark, which the
+    // next freeID extends again.
+    EXPECT_TRUE(all.freeID(INT_MAX));
+    EXPECT_EQ(all.generateID(INT_MAX), INT_MAX);
+    EXPECT_TRUE(all.freeID(INT_MAX));
 }
 
 } // namespace
