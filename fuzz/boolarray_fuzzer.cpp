@@ -125,12 +125,18 @@ void singleBit(State & s, In & in, bool grow, int op) {
         return;
     int const i = grow ? in.ConsumeIntegralInRange(-3, MAX_INDEX)
                        : in.ConsumeIntegralInRange(0, s.m().size() - 1);
-    static void (KDRBoolArray::*const plain[])(int) = {&KDRBoolArray::set, &KDRBoolArray::clear,
-                                                       &KDRBoolArray::toggle};
-    static void (KDRBoolArray::*const growing[])(int) = {&KDRBoolArray::setAutoResize,
-                                                         &KDRBoolArray::clearAutoResize,
-                                                         &KDRBoolArray::toggleAutoResize};
-    (s.a().*(grow ? growing : plain)[op])(i);
+    KDRBoolArray & a = s.a();
+    switch (op) {
+    case 0:
+        grow ? a.setAutoResize(i) : a.set(i);
+        break;
+    case 1:
+        grow ? a.clearAutoResize(i) : a.clear(i);
+        break;
+    default:
+        grow ? a.toggleAutoResize(i) : a.toggle(i);
+        break;
+    }
     if (i >= 0) {
         bool const old = s.m().get(i);
         s.m().setIndexes({i}, op == 0 || (op == 2 && !old));
