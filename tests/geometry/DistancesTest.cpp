@@ -99,6 +99,8 @@ TEST(SmallQuantities, SpherisePointNormal3PtsAndCote) {
     // Per-axis exponents on absolute values, no root: S = |1|^3 + |-3|^2 + |2|^1 = 12.
     spherisePoint(out, V(2, -3, 1), 12.0f, V(1, 2, 3));
     EXPECT_TRUE(near(out, 2, -3, 1, 1e-6));
+    spherisePoint(out, V(2, -3, 6), 14.0f); // |(2, -3, 6)| = 7: scaled by exactly 2
+    EXPECT_TRUE(near(out, 4, -6, 12));
     V const pts[3] = {O, X, V(1, 2, 0)};
     normal3Pts(out, pts, 0, 1, 2, false, false); // a sum of edges (1, 0, 0) + (0, 2, 0)
     EXPECT_TRUE(near(out, 1, 2, 0));

@@ -92,6 +92,13 @@ TEST(InterSegmentSegment, ParametersWithinTheToleranceAreNotSnapped) {
     EXPECT_TRUE(elems(hit(4.00005f, -1, 3), {YES, 4.00005f, 4.00005f}));
     EXPECT_TRUE(elems(hit(5, -1, 3), {NO, 5, 5}));
     EXPECT_TRUE(elems(hit(1, 0.5f, 3), {NO, 1, 1})); // before s2's start
+    // Away from the origin: s1's line runs from its start along its end minus its start.
+    V out;
+    float t = 0;
+    EXPECT_EQ(interSegmentSegment(out, t, KDRSegment(V(1, 1, 0), V(3, 1, 0)),
+                                  KDRSegment(V(2, 0, 0), V(2, 2, 0))),
+              e_geomIntersection);
+    EXPECT_TRUE(t == 1.0f && near(out, 2, 1, 0));
 }
 
 TEST(InterLineTriangle, EdgesCountAsInsideAndAZeroDeterminantWritesOnlyInside) {

@@ -94,6 +94,7 @@ TEST(Vector2f, PolarAngleQuadrantsAndAngleBetween) {
     EXPECT_NEAR(Vector2f(-1, -1).angle(), 1.25 * PI_D, 1e-6);
     EXPECT_NEAR(Vector2f(1, -1).angle(), 1.75 * PI_D, 1e-6);
     Vector2f a(3, 4), opposite(-3, -4), zero;
+    EXPECT_TRUE(Vector2f::dot(a, Vector2f(-1, 2)) == 5.0f && a.dot(Vector2f(2, -1)) == 2.0f);
     EXPECT_NEAR(a.angle(Vector2f(-4, 3)), PI_D / 2.0, 1e-6);
     EXPECT_TRUE(a.angle(opposite) == PI_F && a.angle(a) == 0.0f && a.angle(zero) == 0.0f);
 }
