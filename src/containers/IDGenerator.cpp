@@ -132,10 +132,13 @@ bool IDGenerator::freeID(int id) {
         s_IDRange const * const next = r->m_next;
         if (next != nullptr && next->m_start == id && next->m_count > 0)
             return false;
-        ++r->m_count; // grows at the top, not merged with a range it now touches
+        if (r->m_count == INT_MAX) // all of 0 to 2147483646: the top id gets a range of its own
+            r->m_next = new s_IDRange{id, 1, r->m_next};
+        else
+            ++r->m_count; // grows at the top, not merged with a range it now touches
         return true;
     }
-    if (id == r->m_start - 1) {
+    if (id == r->m_start - 1 && r->m_count < INT_MAX) {
         r->m_start = id;
         ++r->m_count;
         return true;
