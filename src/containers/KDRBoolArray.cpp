@@ -7,6 +7,7 @@
 #include "kdrcore/containers/KDRBoolArray.h"
 
 #include "containers/BitCount.h"
+#include "containers/ByteCombine.h"
 
 #include <algorithm>
 #include <bit>
@@ -118,6 +119,25 @@ int countSet(byte const * bytes, int bits) {
     return n;
 }
 
+// dst[j] = src[j] | o[j] (or ^, `exclusive`) for j in [0, count). `dst` may be `src` or `o`.
+// The whole words start at a 16-byte boundary of `dst` (see containers/ByteCombine.h).
+void combineBytes(byte * dst, byte const * src, byte const * o, int count, bool exclusive) {
+#if KDRCORE_SIMD_X86
+    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+        return kdrcore::detail::combineBytesAvx2(dst, src, o, count, exclusive);
+#endif
+    auto const op = [exclusive](std::uint64_t a, std::uint64_t b) {
+        return exclusive ? a ^ b : a | b;
+    };
+    int j = 0;
+    for (; j < count && (reinterpret_cast<std::uintptr_t>(dst + j) & 15) != 0; ++j)
+        dst[j] = static_cast<byte>(op(src[j], o[j]));
+    for (; j + 8 <= count; j += 8)
+        store64(dst + j, op(load64(src + j), load64(o + j)));
+    for (; j < count; ++j)
+        dst[j] = static_cast<byte>(op(src[j], o[j]));
+}
+
 // Union (or, `exclusive`, exclusive or) of an array's fields `bytes`, `bytesEnd`, `size` with
 // the bits of another array, as KDRBoolArray::set(other) and toggle(other) document it. The
 // other array's fields are read before any is written, so it may be the same array.
@@ -138,8 +158,7 @@ void combine(byte *& bytes, byte *& bytesEnd, int & size, byte const * otherByte
 
     // Whole bytes of the common range read the old storage and write the new one.
     int const full = shortSize >> 3;
-    for (int j = 0; j < full; ++j)
-        dst[j] = static_cast<byte>(exclusive ? src[j] ^ o[j] : src[j] | o[j]);
+    combineBytes(dst, src, o, full, exclusive);
     int next = full;
     if ((shortSize & 7) != 0) {
         // Only the shorter array's bits below the common size count in the partial byte.
@@ -470,29 +489,40 @@ int KDRBoolArray::findFirst(bool value, int start) const {
     if (start >= m_size)
         return -1;
     start = std::max(start, 0);
-    const byte flip = value ? byte{0} : byte{0xFF};
-    const std::uint64_t flip64 = value ? 0 : ~std::uint64_t{0};
+    byte const flip = value ? byte{0} : byte{0xFF};
+    std::uint64_t const flip64 = value ? 0 : ~std::uint64_t{0};
     int const used = bytesFor(m_size);
     int j = start >> 3;
-    unsigned x = static_cast<byte>((m_bytes[j] ^ flip) & highMask(start & 7));
-    if (x == 0) {
-        for (++j; j + 8 <= used; j += 8) {
-            const std::uint64_t w = load64(m_bytes + j) ^ flip64;
-            if (w != 0) {
-                int const r = 8 * j + std::countr_zero(w);
-                return r < m_size ? r : -1;
-            }
+    // Bits below `start` are masked off in the first word or byte read, and only there.
+    std::uint64_t mask = ~std::uint64_t{0} << (start & 7);
+    // Four words at a time while they last: one test for 32 bytes.
+    for (; j + 32 <= used; j += 32, mask = ~std::uint64_t{0}) {
+        std::uint64_t const w0 = (load64(m_bytes + j) ^ flip64) & mask;
+        std::uint64_t const w1 = load64(m_bytes + j + 8) ^ flip64;
+        std::uint64_t const w2 = load64(m_bytes + j + 16) ^ flip64;
+        std::uint64_t const w3 = load64(m_bytes + j + 24) ^ flip64;
+        if ((w0 | w1 | w2 | w3) != 0) {
+            int const k = w0 != 0 ? 0 : w1 != 0 ? 1 : w2 != 0 ? 2 : 3;
+            std::uint64_t const w = k == 0 ? w0 : k == 1 ? w1 : k == 2 ? w2 : w3;
+            int const r = 8 * (j + 8 * k) + std::countr_zero(w);
+            return r < m_size ? r : -1;
         }
-        for (; j < used; ++j) {
-            x = static_cast<byte>(m_bytes[j] ^ flip);
-            if (x != 0)
-                break;
-        }
-        if (j >= used)
-            return -1;
     }
-    int const r = 8 * j + std::countr_zero(x);
-    return r < m_size ? r : -1; // a hit in a spare bit is no hit
+    for (; j + 8 <= used; j += 8, mask = ~std::uint64_t{0}) {
+        std::uint64_t const w = (load64(m_bytes + j) ^ flip64) & mask;
+        if (w != 0) {
+            int const r = 8 * j + std::countr_zero(w);
+            return r < m_size ? r : -1; // a hit in a spare bit is no hit
+        }
+    }
+    for (; j < used; ++j, mask = ~std::uint64_t{0}) {
+        unsigned const x = static_cast<byte>((m_bytes[j] ^ flip) & mask);
+        if (x != 0) {
+            int const r = 8 * j + std::countr_zero(x);
+            return r < m_size ? r : -1;
+        }
+    }
+    return -1;
 }
 
 int KDRBoolArray::findLast(bool value, int start) const {

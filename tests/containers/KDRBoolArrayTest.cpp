@@ -2,6 +2,8 @@
 // see. The model of the operations lives in fuzz/boolarray_fuzzer.cpp.
 #include "kdrcore/containers/KDRBoolArray.h"
 
+#include "detail/SimdLevel.h"
+
 #include <gtest/gtest.h>
 
 TEST(KDRBoolArray, StorageIsExactAndGuarded) {
@@ -49,4 +51,27 @@ TEST(KDRBoolArray, AutoResizeReachesIndexZeroAndSkipsNegatives) {
     EXPECT_FALSE(a.get(0));
     a.clearAutoResize(-3);
     EXPECT_EQ(a.size(), 1);
+}
+
+TEST(KDRBoolArray, LongUnionAndExclusiveOrAtEveryLevel) {
+    // Long enough for the whole-word and vector loops, at an odd size so a partial byte follows.
+    // Multiples of 3 against multiples of 5: the union holds either, the exclusive or one alone.
+    using namespace kdrcore::detail;
+    constexpr int N = 4099;
+    for (int level = 0; level <= detectSimdLevel(); ++level) {
+        setSimdLevel(static_cast<SimdLevel>(level));
+        KDRBoolArray threes(N, false), fives(N, false);
+        for (int i = 0; i < N; i += 3)
+            threes.set(i);
+        for (int i = 0; i < N; i += 5)
+            fives.set(i);
+        KDRBoolArray both = threes, either = threes;
+        both.set(fives);
+        either.toggle(fives);
+        for (int i = 0; i < N; ++i)
+            ASSERT_TRUE(both.get(i) == (i % 3 == 0 || i % 5 == 0) &&
+                        either.get(i) == ((i % 3 == 0) != (i % 5 == 0)))
+                << "bit " << i << " at level " << level;
+    }
+    setSimdLevel(detectSimdLevel());
 }
