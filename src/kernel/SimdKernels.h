@@ -43,6 +43,7 @@ void quaternionToMatrixAvx2(float * dst, float const * q);
 
 void multMatricesAvx512(float * dst, float const * a, float const * b);
 void multAffineMatricesAvx512(float * dst, float const * a, float const * b);
+void quaternionToMatrixAvx512(float * dst, float const * q);
 #endif
 
 } // namespace kdrcore::detail

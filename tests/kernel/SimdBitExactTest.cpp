@@ -165,7 +165,7 @@ std::vector<Operation> const & operations() {
          KDR_X86(product<divQuaternionsUAvx2>), nullptr,
          KDR_MEMBER(kernel().divQuaternionsU(d, a, b))},
         {"quaternionToMatrix", false, unary<quaternionToMatrixPlain>,
-         KDR_X86(unary<quaternionToMatrixAvx2>), nullptr,
+         KDR_X86(unary<quaternionToMatrixAvx2>), KDR_X86(unary<quaternionToMatrixAvx512>),
          KDR_MEMBER(kernel().quaternionToMatrix(d, a))}};
     return ops;
 }
