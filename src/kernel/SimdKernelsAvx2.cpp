@@ -286,7 +286,10 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         swapVecRows(r1, r0);
     if (element<0>(r0.r) == 0.0)
         return false;
-    __m256d const k0 = _mm256_set1_pd(1.0 / element<0>(r0.r));
+    // Each quotient is formed in all four lanes from the broadcast pivot, the same division in
+    // each: the inversion is a chain of dependent steps, and a broadcast after the division
+    // would lengthen it.
+    __m256d const k0 = _mm256_div_pd(_mm256_set1_pd(1.0), lane<0>(r0.r));
     {
         __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, -1, -1, -1));
         __m256d const nz = nonZeroLanes(r0.i);
@@ -301,7 +304,7 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         swapVecRows(r2, r1);
     if (element<1>(r1.r) == 0.0)
         return false;
-    __m256d const k1 = _mm256_set1_pd(1.0 / element<1>(r1.r));
+    __m256d const k1 = _mm256_div_pd(_mm256_set1_pd(1.0), lane<1>(r1.r));
     {
         __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, -1, -1));
         __m256d const nz = nonZeroLanes(r1.i);
@@ -315,7 +318,7 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         return false;
     {
         // A true division, as in the baseline; all of I, and of R only the last column.
-        __m256d const f3 = _mm256_set1_pd(element<2>(r3.r) / element<2>(r2.r));
+        __m256d const f3 = _mm256_div_pd(lane<2>(r3.r), lane<2>(r2.r));
         __m256d const last = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, 0, -1));
         eliminate(r3, f3, r2, last, _mm256_castsi256_pd(ones));
     }
@@ -323,8 +326,8 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         return false;
 
     // Back substitution, the four columns of I at once.
-    __m256d const k3 = _mm256_set1_pd(1.0 / element<3>(r3.r));
-    __m256d const k2 = _mm256_set1_pd(1.0 / element<2>(r2.r));
+    __m256d const k3 = _mm256_div_pd(_mm256_set1_pd(1.0), lane<3>(r3.r));
+    __m256d const k2 = _mm256_div_pd(_mm256_set1_pd(1.0), lane<2>(r2.r));
     __m256d const x3 = mul(r3.i, k3);
     __m256d const x2 = mul(k2, sub(r2.i, mul(x3, lane<3>(r2.r))));
     __m256d const y1 = sub(r1.i, mul(x3, lane<3>(r1.r)));
