@@ -37,6 +37,9 @@ extern std::atomic<int> g_simdLevel;
 SimdLevel initSimdLevel();
 
 /// The level the library uses, found on first use. Racing first calls store the same value.
+/// A member of the kernel pays this load and a predicted branch before a direct call; a table of
+/// function pointers filled when the level is found or set, one indirect jump per call, was
+/// measured no faster (within 0.05 ns of a 2 to 20 ns call) and was not kept.
 inline SimdLevel simdLevel() {
     int const l = g_simdLevel.load(std::memory_order_relaxed);
     return __builtin_expect(l < 0, 0) ? initSimdLevel() : static_cast<SimdLevel>(l);

@@ -67,7 +67,10 @@ void EnhancedMathFunctions::transpose(float * const dst, float const * const src
 void EnhancedMathFunctions::multMatrices(float * const dst, float const * const a,
                                          float const * const b) const {
 #if KDRCORE_SIMD_X86
-    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+    kdrcore::detail::SimdLevel const level = kdrcore::detail::simdLevel();
+    if (level >= kdrcore::detail::LEVEL_AVX512)
+        return kdrcore::detail::multMatricesAvx512(dst, a, b);
+    if (level >= kdrcore::detail::LEVEL_AVX2)
         return kdrcore::detail::multMatricesAvx2(dst, a, b);
 #endif
     kdrcore::detail::multMatricesPlain(dst, a, b);
@@ -117,7 +120,10 @@ float EnhancedMathFunctions::det3(float const * const m) const {
 void EnhancedMathFunctions::multAffineMatrices(float * const dst, float const * const a,
                                                float const * const b) const {
 #if KDRCORE_SIMD_X86
-    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+    kdrcore::detail::SimdLevel const level = kdrcore::detail::simdLevel();
+    if (level >= kdrcore::detail::LEVEL_AVX512)
+        return kdrcore::detail::multAffineMatricesAvx512(dst, a, b);
+    if (level >= kdrcore::detail::LEVEL_AVX2)
         return kdrcore::detail::multAffineMatricesAvx2(dst, a, b);
 #endif
     kdrcore::detail::multAffineMatricesPlain(dst, a, b);

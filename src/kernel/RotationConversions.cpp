@@ -73,7 +73,10 @@ void EnhancedMathFunctions::quaternionToAxis(float * const axis, float * angle,
 // In SimdKernels.h, in a baseline and an AVX2 version with the same bits.
 void EnhancedMathFunctions::quaternionToMatrix(float * const dst, float const * const q) const {
 #if KDRCORE_SIMD_X86
-    if (kdrcore::detail::simdLevel() >= kdrcore::detail::LEVEL_AVX2)
+    kdrcore::detail::SimdLevel const level = kdrcore::detail::simdLevel();
+    if (level >= kdrcore::detail::LEVEL_AVX512)
+        return kdrcore::detail::quaternionToMatrixAvx512(dst, q);
+    if (level >= kdrcore::detail::LEVEL_AVX2)
         return kdrcore::detail::quaternionToMatrixAvx2(dst, q);
 #endif
     kdrcore::detail::quaternionToMatrixPlain(dst, q);

@@ -1,5 +1,5 @@
-// src/kernel/SimdKernels.h - the kernel's hot operations in a baseline and an AVX2 version
-// (private)
+// src/kernel/SimdKernels.h - the kernel's hot operations in a baseline version and vector
+// versions (private)
 //
 // The members multMatrices, multAffineMatrices, multMatrixVec3f, multAffineMatrixVec3f,
 // inverseMatrix, multQuaternions, divQuaternionsU and quaternionToMatrix only choose between the
@@ -10,9 +10,9 @@
 // The baseline versions (SimdKernelsPlain.cpp) are the reference: every element at double width,
 // rounded to float once, where it is stored. The AVX2 versions (SimdKernelsAvx2.cpp, compiled
 // for AVX2 and FMA) give the same bits, NaNs included, read the same elements and raise the same
-// floating-point exception flags. On the processors measured, AVX-512 gave these small
-// operations nothing over AVX2 (its 512-bit operations run as two halves there), so the AVX-512
-// level uses the AVX2 versions.
+// floating-point exception flags, and so do the AVX-512 versions (SimdKernelsAvx512.cpp). An
+// operation has an AVX-512 version only where one was measured faster than its AVX2 version;
+// the others use the AVX2 version at the AVX-512 level.
 #ifndef KDRCORE_SRC_KERNEL_SIMDKERNELS_H
 #define KDRCORE_SRC_KERNEL_SIMDKERNELS_H
 
@@ -40,6 +40,10 @@ bool inverseMatrixAvx2(float * dst, float const * src);
 void multQuaternionsAvx2(float * dst, float const * a, float const * b);
 void divQuaternionsUAvx2(float * dst, float const * a, float const * b);
 void quaternionToMatrixAvx2(float * dst, float const * q);
+
+void multMatricesAvx512(float * dst, float const * a, float const * b);
+void multAffineMatricesAvx512(float * dst, float const * a, float const * b);
+void quaternionToMatrixAvx512(float * dst, float const * q);
 #endif
 
 } // namespace kdrcore::detail

@@ -262,6 +262,15 @@ template <int j> inline __m256d factor(__m256d row, __m256d k) {
     return mul(e, k);
 }
 
+/// Element j of `row`, the pivot just tested against 0, in every lane. It passes through an empty
+/// volatile statement, which stays after the test: no optimiser computes the division by a zero
+/// pivot, and its flag, before the test that returns instead.
+template <int j> inline __m256d testedPivot(__m256d row) {
+    __m256d p = lane<j>(row);
+    __asm__ volatile("" : "+x"(p));
+    return p;
+}
+
 inline __m256d nonZeroLanes(__m256d v) {
     return _mm256_cmp_pd(v, _mm256_setzero_pd(), _CMP_NEQ_UQ);
 }
@@ -286,7 +295,10 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         swapVecRows(r1, r0);
     if (element<0>(r0.r) == 0.0)
         return false;
-    __m256d const k0 = _mm256_set1_pd(1.0 / element<0>(r0.r));
+    // Each quotient is formed in all four lanes from the broadcast pivot, the same division in
+    // each: the inversion is a chain of dependent steps, and a broadcast after the division
+    // would lengthen it.
+    __m256d const k0 = _mm256_div_pd(_mm256_set1_pd(1.0), testedPivot<0>(r0.r));
     {
         __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, -1, -1, -1));
         __m256d const nz = nonZeroLanes(r0.i);
@@ -301,7 +313,7 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         swapVecRows(r2, r1);
     if (element<1>(r1.r) == 0.0)
         return false;
-    __m256d const k1 = _mm256_set1_pd(1.0 / element<1>(r1.r));
+    __m256d const k1 = _mm256_div_pd(_mm256_set1_pd(1.0), testedPivot<1>(r1.r));
     {
         __m256d const later = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, -1, -1));
         __m256d const nz = nonZeroLanes(r1.i);
@@ -315,7 +327,7 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         return false;
     {
         // A true division, as in the baseline; all of I, and of R only the last column.
-        __m256d const f3 = _mm256_set1_pd(element<2>(r3.r) / element<2>(r2.r));
+        __m256d const f3 = _mm256_div_pd(lane<2>(r3.r), testedPivot<2>(r2.r));
         __m256d const last = _mm256_castsi256_pd(_mm256_setr_epi64x(0, 0, 0, -1));
         eliminate(r3, f3, r2, last, _mm256_castsi256_pd(ones));
     }
@@ -323,8 +335,8 @@ bool inverseMatrixAvx2(float * dst, float const * src) {
         return false;
 
     // Back substitution, the four columns of I at once.
-    __m256d const k3 = _mm256_set1_pd(1.0 / element<3>(r3.r));
-    __m256d const k2 = _mm256_set1_pd(1.0 / element<2>(r2.r));
+    __m256d const k3 = _mm256_div_pd(_mm256_set1_pd(1.0), testedPivot<3>(r3.r));
+    __m256d const k2 = _mm256_div_pd(_mm256_set1_pd(1.0), testedPivot<2>(r2.r));
     __m256d const x3 = mul(r3.i, k3);
     __m256d const x2 = mul(k2, sub(r2.i, mul(x3, lane<3>(r2.r))));
     __m256d const y1 = sub(r1.i, mul(x3, lane<3>(r1.r)));
