@@ -5,7 +5,7 @@
 // row shows under AddressSanitizer. The sorted row numbers must equal std::stable_sort of the
 // identity by the rows' bytes read column after column, and getUniqueRows must mark exactly the
 // positions whose row differs from the one before, writing only its (numRows - 1) / 8 + 1 bytes.
-#include "FuzzCheck.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/BinarySort.h"
 

@@ -5,8 +5,7 @@
 // bit with their models, and the queries between them with the models' answers. Indexes stay
 // below a few hundred, negative ones and ones beyond the size included wherever the contract
 // says what happens. The counts and scans have vector versions: every level runs the input.
-#include "FuzzLevels.h"
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/KDRBoolArray.h"
 

@@ -8,7 +8,7 @@
 // lie in the set the function documents. Calls documented to allow an out-parameter to be an
 // input give the same results with that overlap. The four forms of pointIn2DPolygon must agree
 // with each other and ignore z. Nothing may crash, read out of bounds or hit undefined behaviour.
-#include "FuzzFloats.h"
+#include "Fuzz.h"
 
 #include "kdrcore/geometry/BoundingBox.h"
 #include "kdrcore/geometry/Geom2D.h"
@@ -29,7 +29,7 @@ namespace {
 
 using fuzz::bitsOf;
 using fuzz::isSentinel;
-using fuzz::sameFloat;
+using fuzz::same;
 using fuzz::sentinel;
 
 float F(FuzzedDataProvider & in) {
@@ -105,7 +105,7 @@ template <class... T> void written(char const * what, T const &... v) {
 // The same bits, or (unless `exact`) both NaN.
 void sameVector(Vector3f const & a, Vector3f const & b, char const * what, bool exact = false) {
     for (int i = 0; i < 3; ++i)
-        FUZZ_CHECK(exact ? bitsOf(a[i]) == bitsOf(b[i]) : sameFloat(a[i], b[i]),
+        FUZZ_CHECK(exact ? bitsOf(a[i]) == bitsOf(b[i]) : same(a[i], b[i]),
                    "%s: component %d is %a, expected %a", what, i, static_cast<double>(a[i]),
                    static_cast<double>(b[i]));
 }
@@ -195,13 +195,13 @@ void distances(FuzzedDataProvider & in) {
     agrees(static_cast<double>(ds), std::sqrt(gap), scale, "distancePointSegment: |point - foot|");
     Vector3f aliased = p; // foot may be point
     float const dsAliased = distancePointSegment(aliased, s.m_start, s.m_end, aliased);
-    FUZZ_CHECK(sameFloat(ds, dsAliased), "distancePointSegment with foot = point: result");
+    FUZZ_CHECK(same(ds, dsAliased), "distancePointSegment with foot = point: result");
     sameVector(aliased, foot, "distancePointSegment with foot = point");
 
     t1 = t2 = sentinel();
     float const dll = distanceLineLine(l, l2, t1, t2);
     written("distanceLineLine params", t1, t2);
-    FUZZ_CHECK(sameFloat(dll, distanceLineLine(l, l2)), "distanceLineLine: the two forms differ");
+    FUZZ_CHECK(same(dll, distanceLineLine(l, l2)), "distanceLineLine: the two forms differ");
     t1 = t2 = sentinel();
     (void)distanceLineSegment(l, s, t1, t2);
     written("distanceLineSegment params", t1, t2);
@@ -417,7 +417,7 @@ void twoD(FuzzedDataProvider & in) {
                "inter2dSegmentVertical/HorizontalSegment");
         // The segment form is the line form plus a range test after the coordinate is written.
         outputs(line == e_geomIntersection, "inter2dSegment*Segment coordinate", rs);
-        FUZZ_CHECK(line == e_geomIntersection ? sameFloat(rs, r) && seg != e_geomCoincident
+        FUZZ_CHECK(line == e_geomIntersection ? same(rs, r) && seg != e_geomCoincident
                                               : seg == line,
                    "inter2dSegment*Segment: code %d, the line form gave %d", seg, line);
     }
@@ -444,9 +444,9 @@ void twoD(FuzzedDataProvider & in) {
     fill(in, p, 2);
     (void)distance2PointSegment2D(t, nearest, a, b, p);
     written("distance2PointSegment2D", t, nearest.x(), nearest.y());
-    float same[2] = {a[0], a[1]};
+    float aCopy[2] = {a[0], a[1]};
     t = sentinel();
-    (void)distance2PointSegment2D(t, nearest, a, same, p);
+    (void)distance2PointSegment2D(t, nearest, a, aCopy, p);
     if (std::isfinite(a[0]) && std::isfinite(a[1]))
         FUZZ_CHECK(t == 0.0f && bitsOf(nearest.x()) == bitsOf(a[0]) &&
                        bitsOf(nearest.y()) == bitsOf(a[1]),
@@ -489,7 +489,7 @@ void boxes(FuzzedDataProvider & in) {
     FUZZ_CHECK(!(tMax < tMin), "interLineBoundingBox: an empty range was not reset to 0");
     int fx = 99, fy = 99, fz = 99;
     bool const hit = interLineBoundingBox(tMin2, tMax2, fx, fy, fz, l, bb);
-    FUZZ_CHECK(sameFloat(tMin2, tMin) && sameFloat(tMax2, tMax),
+    FUZZ_CHECK(same(tMin2, tMin) && same(tMax2, tMax),
                "interLineBoundingBox: the two forms give different ranges");
     FUZZ_CHECK(fx >= -1 && fx <= 1 && fy >= -1 && fy <= 1 && fz >= -1 && fz <= 1 &&
                    (fx != 0) + (fy != 0) + (fz != 0) <= 1,
@@ -561,7 +561,7 @@ void boxes(FuzzedDataProvider & in) {
     sameVector(selfPoint, projected, "cameraProjPoint with out = p");
     Vector2f flat(sentinel(), sentinel());
     cameraProjPoint(flat, p, proj, depth);
-    FUZZ_CHECK(sameFloat(flat.x(), projected.x()) && sameFloat(flat.y(), projected.y()),
+    FUZZ_CHECK(same(flat.x(), projected.x()) && same(flat.y(), projected.y()),
                "cameraProjPoint: the Vector2f form differs");
 }
 

@@ -8,7 +8,7 @@
 // exhaustion mark are reached. Three generators take part, so that copies and assignments are
 // checked to go on independently; after each operation a copy of each generator must give the
 // model's next id.
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/IDGenerator.h"
 

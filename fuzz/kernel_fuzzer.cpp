@@ -9,15 +9,17 @@
 //   results it gives without it (NaN matching NaN);
 // - results fixed exactly by the documentation: copies, neg, transpose, identity, the bottom row
 //   of rotation builders, the always-0 int results, the refusal rule of inverseScale;
-// - every level of the vector versions gives the baseline's bits, NaNs compared by their bits.
+// - every level of the vector versions gives the baseline's bits, NaNs compared by their bits,
+//   and raises the same floating-point exceptions, operation by operation; also with infinities
+//   and NaNs in the bottom rows, which the affine operations never read.
 // The operations sit in tables by signature; each input runs a few of them, then all of them at
 // every level for the comparison.
 // No result may depend on NaN, infinity, denormal or huge input in a way that crashes or hangs.
-#include "FuzzFloats.h"
-#include "FuzzLevels.h"
+#include "Fuzz.h"
 
 #include "kdrcore/kernel/EnhancedMathFunctions.h"
 
+#include <cfenv>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -30,7 +32,7 @@ namespace {
 
 using fuzz::bitsOf;
 using fuzz::isSentinel;
-using fuzz::sameFloat;
+using fuzz::same;
 using fuzz::sentinel;
 
 using Arr = std::vector<float>;
@@ -66,8 +68,8 @@ void checkKept(Arr const & out, Arr const & before, std::uint32_t written, char 
 void checkSame(Arr const & got, Arr const & expected, char const * op, char const * how) {
     FUZZ_CHECK(got.size() == expected.size(), "%s", op);
     for (std::size_t i = 0; i < got.size(); ++i)
-        FUZZ_CHECK(sameFloat(got[i], expected[i]), "%s %s: element %zu is %a, expected %a", op, how,
-                   i, static_cast<double>(got[i]), static_cast<double>(expected[i]));
+        FUZZ_CHECK(same(got[i], expected[i]), "%s %s: element %zu is %a, expected %a", op, how, i,
+                   static_cast<double>(got[i]), static_cast<double>(expected[i]));
 }
 
 // The bottom row and translation every rotation matrix output carries.
@@ -252,7 +254,7 @@ Arr runInverse(Inverse const & op, Arr const & src) {
         FUZZ_CHECK((kernel().*op.f)(x.data(), x.data()) == ok, "%s: result with dst = src",
                    op.name);
         for (std::size_t i = 0; i < 16; ++i)
-            FUZZ_CHECK(sameFloat(x[i], ok && ((op.mask >> i) & 1u) ? out[i] : src[i]),
+            FUZZ_CHECK(same(x[i], ok && ((op.mask >> i) & 1u) ? out[i] : src[i]),
                        "%s with dst = src: element %zu", op.name, i);
     }
     out.push_back(ok ? 1.0f : 0.0f);
@@ -282,7 +284,7 @@ void special(int which, FuzzedDataProvider & in, Arr const & a, Arr const & b, f
         const Arr n = runUnary(UNARY[2], a, s), t = runUnary(UNARY[4], a, s);
         for (std::size_t i = 0; i < 16; ++i)
             FUZZ_CHECK(bitsOf(copy[i]) == bitsOf(a[i]) && id[i] == (i % 5 == 0 ? 1.0f : 0.0f) &&
-                           zero[i] == 0.0f && sameFloat(n[i], -a[i]) &&
+                           zero[i] == 0.0f && same(n[i], -a[i]) &&
                            bitsOf(t[i]) == bitsOf(a[(i % 4) * 4 + i / 4]),
                        "getMat4fCopy / setIdentity / setZero / neg / transpose: element %zu", i);
         break;
@@ -389,12 +391,21 @@ constexpr int NB = std::size(BINARY), NU = std::size(UNARY), NI = std::size(INVE
               NP = std::size(IN_PLACE), NS = 8;
 
 // One operation decoded from the input; with `all`, every operation in a fixed order, their
-// results appended to `results`.
-void run(FuzzedDataProvider & in, bool all, std::vector<float> & results) {
-    const Arr a = consumeArray(in, 16), b = consumeArray(in, 16);
+// results, each followed by the exceptions it raised, appended to `results`. With `poison`, the
+// bottom rows of a and b hold infinities and NaNs.
+void run(FuzzedDataProvider & in, bool all, std::vector<float> & results, bool poison = false) {
+    Arr a = consumeArray(in, 16), b = consumeArray(in, 16);
+    for (std::uint32_t i = 3; poison && i < 16; i += 4)
+        a[i] = -(b[i] = i % 8 == 3 ? INFINITY : fuzz::floatOf(0x7F800001u + i));
     float const s = fuzz::consumeFloat(in);
     int const pick = all ? -1 : in.ConsumeIntegralInRange(0, NB + NU + NI + NP + NS - 1);
-    auto keep = [&](Arr const & x) { results.insert(results.end(), x.begin(), x.end()); };
+    int const flags = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW | FE_INEXACT;
+    std::feclearexcept(flags);
+    auto keep = [&](Arr const & x) {
+        results.insert(results.end(), x.begin(), x.end());
+        results.push_back(static_cast<float>(std::fetestexcept(flags)));
+        std::feclearexcept(flags);
+    };
     for (int k = 0; k < NB; ++k)
         if (all || pick == k)
             keep(runBinary(BINARY[k], a, b));
@@ -436,8 +447,10 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t siz
         for (int k = 0; k < 8 && (k == 0 || in.remaining_bytes() > 0); ++k)
             run(in, false, ignored);
         // The vector versions promise the bits of the baseline one, NaN sign and payload included.
-        FuzzedDataProvider again(data, size);
-        run(again, true, results);
+        for (bool poison : {false, true}) {
+            FuzzedDataProvider again(data, size);
+            run(again, true, results, poison);
+        }
         if (level == 0) {
             lowest = results;
             return;

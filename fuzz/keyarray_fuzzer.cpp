@@ -4,7 +4,7 @@
 // arrays; the model keeps the objects in order of addition. After every operation each array is
 // compared with its model: the count, every position, and findKey over all key values, those
 // beyond the table and negative ones included.
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/KDRKeyArray.h"
 

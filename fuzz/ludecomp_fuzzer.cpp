@@ -7,8 +7,7 @@
 // solution must satisfy the equations to rounding. Every other instruction-set level must give
 // the plain path's bits, for double and point right-hand sides, solutions and the inverse. The
 // process-wide buffers are grown, reused and released in between.
-#include "FuzzCheck.h"
-#include "FuzzLevels.h"
+#include "Fuzz.h"
 
 #include "kdrcore/solver/LUDecomp.h"
 
@@ -209,21 +208,21 @@ void compareBits(std::vector<T> const & got, std::vector<T> const & plain, Same 
 // Every level gives the plain path's bits (a NaN meets a NaN).
 void checkLevel(Results const & r, Results const & plain, int level, int n) {
     auto sameP = [](_POINT3D const & p, _POINT3D const & q) {
-        return fuzz::sameFloat(p.x, q.x) && fuzz::sameFloat(p.y, q.y) && fuzz::sameFloat(p.z, q.z);
+        return fuzz::same(p.x, q.x) && fuzz::same(p.y, q.y) && fuzz::same(p.z, q.z);
     };
     FUZZ_CHECK(r.triangular == plain.triangular && r.ok == plain.ok && r.pok == plain.pok,
                "level %d, n %d: ok flags differ from plain", level, n);
-    compareBits(r.a, plain.a, fuzz::sameDouble, "matrix", level, n);
-    compareBits(r.b, plain.b, fuzz::sameDouble, "right-hand side", level, n);
+    compareBits(r.a, plain.a, fuzz::same<double>, "matrix", level, n);
+    compareBits(r.b, plain.b, fuzz::same<double>, "right-hand side", level, n);
     auto const written = [](int failing) { return static_cast<std::size_t>(failing + 1); };
     int const failing = failingRow(plain.a.data(), n);
     auto const un = static_cast<std::size_t>(n);
     int const pfailing = plain.pa[un * un - 1] == 0.0 ? n - 1 : failingRow(plain.pa.data(), n);
-    compareBits(r.x, plain.x, fuzz::sameDouble, "solution", level, n, written(failing));
-    compareBits(r.pa, plain.pa, fuzz::sameDouble, "point matrix", level, n);
+    compareBits(r.x, plain.x, fuzz::same<double>, "solution", level, n, written(failing));
+    compareBits(r.pa, plain.pa, fuzz::same<double>, "point matrix", level, n);
     compareBits(r.pb, plain.pb, sameP, "point right-hand side", level, n);
     compareBits(r.px, plain.px, sameP, "point solution", level, n, written(pfailing));
-    compareBits(r.inverse, plain.inverse, fuzz::sameDouble, "inverse", level, n);
+    compareBits(r.inverse, plain.inverse, fuzz::same<double>, "inverse", level, n);
 }
 
 void checkSmallParts(FuzzedDataProvider & in, std::uint64_t & lcg) {
@@ -261,7 +260,7 @@ void checkSmallParts(FuzzedDataProvider & in, std::uint64_t & lcg) {
     float const * qs = &q.x;
     float const * ps = &p.x;
     for (int c = 0; c < 3; ++c)
-        FUZZ_CHECK(fuzz::sameFloat(qs[c], static_cast<float>(static_cast<double>(ps[c]) * r)),
+        FUZZ_CHECK(fuzz::same(qs[c], static_cast<float>(static_cast<double>(ps[c]) * r)),
                    "Div3D by %a", divisor);
 }
 

@@ -7,7 +7,7 @@
 // model: size, cursor position and data, both ends, every element in order and, in the doubly
 // linked list, every m_prev link. The data pointers are fake (small integers): the lists must
 // never look into them, and AddressSanitizer would see it if they did.
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/KDRPtrList.h"
 

@@ -9,7 +9,7 @@
 // same units, and their flags are the ones C defines for them ('-'). What differs by design
 // (text beyond ASCII, %p, a null %s, unknown directives) is in the unit test. The buffer is filled
 // with a sentinel: nothing may be written behind the terminator.
-#include "FuzzCheck.h"
+#include "Fuzz.h"
 
 #include "kdrcore/runtime/KDRString.h"
 
