@@ -15,12 +15,20 @@
 #include <fuzzer/FuzzedDataProvider.h>
 #include <iterator>
 
-// A failed check is a finding: print where and what, then abort so that libFuzzer keeps the input.
+namespace fuzz {
+// The operation of a model-based target under way, for the report of a failed check.
+inline char const * g_operation = "";
+inline int g_step = -1;
+} // namespace fuzz
+
+// A failed check is a finding: print where, what and the optional message, then abort so that
+// libFuzzer keeps the input.
 #define FUZZ_CHECK(cond, ...)                                                                      \
     do {                                                                                           \
         if (!(cond)) {                                                                             \
-            std::fprintf(stderr, "%s:%d: check failed: %s\n  ", __FILE__, __LINE__, #cond);        \
-            std::fprintf(stderr, __VA_ARGS__);                                                     \
+            std::fprintf(stderr, "%s:%d: check failed at step %d (%s): %s\n  ", __FILE__,          \
+                         __LINE__, fuzz::g_step, fuzz::g_operation, #cond);                        \
+            __VA_OPT__(std::fprintf(stderr, __VA_ARGS__);)                                         \
             std::fprintf(stderr, "\n");                                                            \
             std::abort();                                                                          \
         }                                                                                          \
@@ -101,16 +109,17 @@ template <class Body> void forEachLevel(Body body) {
 // its model (State::check), until the input runs out.
 template <class State> struct Operation {
     char const * name;
-    void (*apply)(State & state, FuzzedDataProvider & in, int step);
+    void (*apply)(State & state, FuzzedDataProvider & in);
 };
 
 template <class State, std::size_t N>
 void runModel(State & state, FuzzedDataProvider & in, Operation<State> const (&ops)[N],
               int maxSteps) {
-    for (int step = 0; step < maxSteps && in.remaining_bytes() > 0; ++step) {
+    for (g_step = 0; g_step < maxSteps && in.remaining_bytes() > 0; ++g_step) {
         Operation<State> const & op = ops[in.ConsumeIntegralInRange<std::size_t>(0, N - 1)];
-        op.apply(state, in, step);
-        state.check(op.name, step);
+        g_operation = op.name;
+        op.apply(state, in);
+        state.check();
     }
 }
 
