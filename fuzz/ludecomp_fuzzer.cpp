@@ -17,7 +17,6 @@
 #include <cstdlib>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <iterator>
-#include <limits>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -33,25 +32,9 @@ double consumeEntry(FuzzedDataProvider & in, std::uint64_t & lcg) {
         lcg = lcg * 6364136223846793005ULL + 1442695040888963407ULL;
         return static_cast<double>(static_cast<int>(lcg >> 40) % 2001 - 1000) / 64.0;
     }
-    static double const special[] = {0.0,
-                                     -0.0,
-                                     1.0,
-                                     -1.0,
-                                     2e-4,
-                                     1e-4,
-                                     9.99e-5,
-                                     5e-5,
-                                     1e-5,
-                                     9.9e-6,
-                                     1e-6,
-                                     1e-7,
-                                     1e300,
-                                     1e-300,
-                                     std::numeric_limits<double>::quiet_NaN(),
-                                     std::numeric_limits<double>::infinity(),
-                                     -std::numeric_limits<double>::infinity(),
-                                     std::numeric_limits<double>::denorm_min(),
-                                     DBL_MAX};
+    static double const special[] = {
+        0.0,  -0.0, 1.0,   -1.0,   2e-4,         1e-4,     9.99e-5,   5e-5,         1e-5,   9.9e-6,
+        1e-6, 1e-7, 1e300, 1e-300, std::nan(""), HUGE_VAL, -HUGE_VAL, DBL_TRUE_MIN, DBL_MAX};
     switch (in.ConsumeIntegralInRange(0, 3)) {
     case 0:
         return fuzz::doubleOf(in.ConsumeIntegral<std::uint64_t>());
