@@ -167,19 +167,9 @@ const Inverse INVERSE[] = {
     {"inverseRotateAndTr", &K::inverseRotateAndTr, ROTATION_BLOCK | TRANSLATION, false, true},
 };
 
-std::uint32_t rows(std::initializer_list<int> rs) {
-    std::uint32_t mask = 0;
-    for (int c = 0; c < 4; ++c)
-        for (int r : rs)
-            mask |= 1u << (4 * c + r);
-    return mask;
-}
-std::uint32_t columns(std::initializer_list<int> cs) {
-    std::uint32_t mask = 0;
-    for (int c : cs)
-        mask |= 0xFu << (4 * c);
-    return mask;
-}
+// Masks of elements (column-major: element 4 c + r) by rows and by columns.
+constexpr std::uint32_t ROWS_12 = 0x6666u, ROWS_02 = 0x5555u, ROWS_01 = 0x3333u, ROWS_012 = 0x7777u;
+constexpr std::uint32_t COLUMNS_12 = 0x0FF0u, COLUMNS_02 = 0x0F0Fu, COLUMNS_01 = 0x00FFu;
 
 // The in-place products f(m, angle) or f(m, v): only the elements of `mask` may change.
 struct InPlace {
@@ -189,15 +179,15 @@ struct InPlace {
     std::uint32_t mask;
 };
 const InPlace IN_PLACE[] = {
-    {"multLeftByRotateX", &K::multLeftByRotateX, nullptr, rows({1, 2})},
-    {"multRightByRotateX", &K::multRightByRotateX, nullptr, columns({1, 2})},
-    {"multLeftByRotateY", &K::multLeftByRotateY, nullptr, rows({0, 2})},
-    {"multRightByRotateY", &K::multRightByRotateY, nullptr, columns({0, 2})},
-    {"multLeftByRotateZ", &K::multLeftByRotateZ, nullptr, rows({0, 1})},
-    {"multRightByRotateZ", &K::multRightByRotateZ, nullptr, columns({0, 1})},
+    {"multLeftByRotateX", &K::multLeftByRotateX, nullptr, ROWS_12},
+    {"multRightByRotateX", &K::multRightByRotateX, nullptr, COLUMNS_12},
+    {"multLeftByRotateY", &K::multLeftByRotateY, nullptr, ROWS_02},
+    {"multRightByRotateY", &K::multRightByRotateY, nullptr, COLUMNS_02},
+    {"multLeftByRotateZ", &K::multLeftByRotateZ, nullptr, ROWS_01},
+    {"multRightByRotateZ", &K::multRightByRotateZ, nullptr, COLUMNS_01},
     {"multLeftByTranslate", nullptr, &K::multLeftByTranslate, TRANSLATION},
     {"multRightByTranslate", nullptr, &K::multRightByTranslate, TRANSLATION},
-    {"multLeftByScale", nullptr, &K::multLeftByScale, rows({0, 1, 2})},
+    {"multLeftByScale", nullptr, &K::multLeftByScale, ROWS_012},
     {"multRightByScale", nullptr, &K::multRightByScale, ROTATION_BLOCK},
 };
 
