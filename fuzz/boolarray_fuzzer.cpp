@@ -117,30 +117,28 @@ std::vector<int> consumeIndexes(FuzzedDataProvider & in, int low) {
 using Op = fuzz::Operation<State>;
 using In = FuzzedDataProvider;
 
-void singleBit(State & s, In & in, bool grow, int op) {
+// set, clear or toggle of one bit; the AutoResize forms take any index, the others one inside.
+void singleBit(State & s, In & in) {
+    bool const grow = in.ConsumeBool();
+    int const op = in.ConsumeIntegralInRange(0, 2);
     if (!grow && s.m().size() == 0)
         return;
     int const i = grow ? in.ConsumeIntegralInRange(-3, MAX_INDEX)
                        : in.ConsumeIntegralInRange(0, s.m().size() - 1);
     KDRBoolArray & a = s.a();
-    switch (op) {
-    case 0:
+    if (op == 0)
         grow ? a.setAutoResize(i) : a.set(i);
-        break;
-    case 1:
+    else if (op == 1)
         grow ? a.clearAutoResize(i) : a.clear(i);
-        break;
-    default:
+    else
         grow ? a.toggleAutoResize(i) : a.toggle(i);
-        break;
-    }
-    if (i >= 0) {
-        bool const old = s.m().get(i);
-        s.m().setIndexes({i}, op == 0 || (op == 2 && !old));
-    }
+    if (i >= 0)
+        s.m().setIndexes({i}, op == 0 || (op == 2 && !s.m().get(i)));
 }
 
-void indexList(State & s, In & in, int kind) { // 0 assign(.., -1), 1 set, 2 clear, 3 set(list)
+// assign(count, indexes, -1), set(count, indexes), clear(count, indexes), set(KDRArray).
+void indexList(State & s, In & in) {
+    int const kind = in.ConsumeIntegralInRange(0, 3);
     std::vector<int> const indexes = consumeIndexes(in, -3);
     int const count = static_cast<int>(indexes.size());
     KDRArray<int> list;
@@ -153,7 +151,8 @@ void indexList(State & s, In & in, int kind) { // 0 assign(.., -1), 1 set, 2 cle
     s.m().setIndexes(indexes, kind != 2);
 }
 
-void range(State & s, In & in, bool value) { // start < 0: nothing; count < 1 counts as 1
+void range(State & s, In & in) { // start < 0: nothing; count < 1 counts as 1
+    bool const value = in.ConsumeBool();
     int const start = in.ConsumeIntegralInRange(-3, MAX_INDEX - 40);
     int const count = in.ConsumeIntegralInRange(-3, 40);
     value ? s.a().set(start, count) : s.a().clear(start, count);
@@ -217,10 +216,7 @@ Op const OPS[] = {
          s.m().assign(size, false);
          s.m().setIndexes(indexes, true);
      }},
-    {"assign(count, indexes, -1)", [](State & s, In & in) { indexList(s, in, 0); }},
-    {"set(count, indexes)", [](State & s, In & in) { indexList(s, in, 1); }},
-    {"clear(count, indexes)", [](State & s, In & in) { indexList(s, in, 2); }},
-    {"set(KDRArray)", [](State & s, In & in) { indexList(s, in, 3); }},
+    {"index list", indexList},
     {"resize",
      [](State & s, In & in) {
          int const n = in.ConsumeIntegralInRange(0, MAX_INDEX);
@@ -228,42 +224,22 @@ Op const OPS[] = {
          s.a().resize(n, v);
          s.m().resize(n, v);
      }},
-    {"set(i)", [](State & s, In & in) { singleBit(s, in, false, 0); }},
-    {"clear(i)", [](State & s, In & in) { singleBit(s, in, false, 1); }},
-    {"toggle(i)", [](State & s, In & in) { singleBit(s, in, false, 2); }},
-    {"setAutoResize", [](State & s, In & in) { singleBit(s, in, true, 0); }},
-    {"clearAutoResize", [](State & s, In & in) { singleBit(s, in, true, 1); }},
-    {"toggleAutoResize", [](State & s, In & in) { singleBit(s, in, true, 2); }},
-    {"set(start, count)", [](State & s, In & in) { range(s, in, true); }},
-    {"clear(start, count)", [](State & s, In & in) { range(s, in, false); }},
-    {"setAll",
-     [](State & s, In &) {
-         s.a().setAll();
-         s.m().bits.assign(s.m().bits.size(), true);
+    {"one bit", singleBit},
+    {"set / clear(start, count)", range},
+    {"setAll / clearAll",
+     [](State & s, In & in) {
+         bool const v = in.ConsumeBool();
+         v ? s.a().setAll() : s.a().clearAll();
+         s.m().bits.assign(s.m().bits.size(), v);
      }},
-    {"clearAll",
-     [](State & s, In &) {
-         s.a().clearAll();
-         s.m().bits.assign(s.m().bits.size(), false);
-     }},
-    {"inverse",
-     [](State & s, In &) {
-         s.a().inverse();
+    {"inverse / toggleAll", // toggleAll flips the spare bits too: no later operation may show them
+     [](State & s, In & in) {
+         in.ConsumeBool() ? s.a().inverse() : s.a().toggleAll();
          s.m().bits.flip();
      }},
-    {"toggleAll", // the spare bits flip too: no later operation may show them
-     [](State & s, In &) {
-         s.a().toggleAll();
-         s.m().bits.flip();
-     }},
-    {"set(other)",
-     [](State & s, In &) {
-         s.a().set(s.b());
-         s.m().combine(s.mb(), false);
-     }},
-    {"merge",
-     [](State & s, In &) {
-         s.a().merge(s.b());
+    {"set(other) / merge",
+     [](State & s, In & in) {
+         in.ConsumeBool() ? s.a().set(s.b()) : s.a().merge(s.b());
          s.m().combine(s.mb(), false);
      }},
     {"toggle(other)",
@@ -286,15 +262,13 @@ Op const OPS[] = {
          for (std::size_t i = 0; i < std::min(s.m().bits.size(), s.mb().bits.size()); ++i)
              s.m().bits[i] = s.m().bits[i] && !s.mb().bits[i];
      }},
-    {"copy(other, spare)",
+    {"copy(other, spare) / operator=", // operator= returns a copy, equal to the assigned array
      [](State & s, In & in) {
-         s.a().copy(s.b(), in.ConsumeBool());
-         s.m().reserveExact(s.mb().size());
-         s.m().bits = s.mb().bits;
-     }},
-    {"operator=",
-     [](State & s, In &) { // returns a copy by value, equal to the assigned array
-         FUZZ_CHECK((s.a() = s.b()) == s.b(), "operator= result");
+         int const how = in.ConsumeIntegralInRange(0, 2);
+         if (how < 2)
+             s.a().copy(s.b(), how == 1);
+         else
+             FUZZ_CHECK((s.a() = s.b()) == s.b());
          s.m().reserveExact(s.mb().size());
          s.m().bits = s.mb().bits;
      }},
