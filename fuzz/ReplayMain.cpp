@@ -13,43 +13,31 @@
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size);
 
-namespace {
-
-int replayFile(std::filesystem::path const & path) {
-    std::ifstream in(path, std::ios::binary);
-    if (!in) {
-        std::fprintf(stderr, "replay: cannot read %s\n", path.c_str());
-        return 1;
-    }
-    std::vector<std::uint8_t> const bytes{std::istreambuf_iterator<char>(in),
-                                          std::istreambuf_iterator<char>()};
-    std::fprintf(stderr, "replay: %s\n", path.c_str());
-    LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
-    return 0;
-}
-
-} // namespace
-
 int main(int argc, char ** argv) {
-    int failures = 0;
-    int inputs = 0;
+    std::vector<std::filesystem::path> files;
     for (int a = 1; a < argc; ++a) {
         std::filesystem::path const arg(argv[a]);
-        if (std::filesystem::is_directory(arg)) {
-            std::vector<std::filesystem::path> files;
+        if (!std::filesystem::is_directory(arg))
+            files.push_back(arg);
+        else
             for (auto const & entry : std::filesystem::directory_iterator(arg))
                 if (entry.is_regular_file())
                     files.push_back(entry.path());
-            std::sort(files.begin(), files.end());
-            for (auto const & file : files) {
-                failures += replayFile(file);
-                ++inputs;
-            }
-        } else {
-            failures += replayFile(arg);
-            ++inputs;
-        }
     }
-    std::printf("replay: %d inputs, %d unreadable\n", inputs, failures);
-    return failures == 0 && inputs > 0 ? 0 : 1;
+    std::sort(files.begin(), files.end());
+    int unreadable = 0;
+    for (auto const & file : files) {
+        std::ifstream in(file, std::ios::binary);
+        if (!in) {
+            std::fprintf(stderr, "replay: cannot read %s\n", file.c_str());
+            ++unreadable;
+            continue;
+        }
+        std::vector<std::uint8_t> const bytes{std::istreambuf_iterator<char>(in),
+                                              std::istreambuf_iterator<char>()};
+        std::fprintf(stderr, "replay: %s\n", file.c_str());
+        LLVMFuzzerTestOneInput(bytes.data(), bytes.size());
+    }
+    std::printf("replay: %zu inputs, %d unreadable\n", files.size(), unreadable);
+    return unreadable == 0 && !files.empty() ? 0 : 1;
 }

@@ -5,7 +5,7 @@
 // row shows under AddressSanitizer. The sorted row numbers must equal std::stable_sort of the
 // identity by the rows' bytes read column after column, and getUniqueRows must mark exactly the
 // positions whose row differs from the one before, writing only its (numRows - 1) / 8 + 1 bytes.
-#include "FuzzCheck.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/BinarySort.h"
 
@@ -30,34 +30,22 @@ int compareRows(std::vector<ModelColumn> const & columns, int a, int b) {
     return 0;
 }
 
+// The flags of getUniqueRows: a bit per position whose row differs from the one before, bits
+// beyond the rows clear, and a guard byte behind the (numRows - 1) / 8 + 1 bytes it may write.
 void checkUnique(BinarySort const & sorter, std::vector<ModelColumn> const & columns,
-                 std::vector<int> const & rows, int pass) {
-    int const numRows = static_cast<int>(rows.size());
-    const std::size_t flagBytes =
-        numRows == 0 ? 0 : static_cast<std::size_t>((numRows - 1) / 8 + 1);
-    // Exactly the bytes the call may write, with a guard byte behind them.
-    std::unique_ptr<unsigned char[]> flags(new unsigned char[flagBytes + 1]);
-    std::fill(flags.get(), flags.get() + flagBytes + 1, 0xA5);
-    int const count = sorter.getUniqueRows(numRows, rows.data(), flags.get());
-
-    int expected = numRows == 0 ? 0 : 1;
-    for (int j = 0; j < numRows; ++j) {
-        bool const differs = j == 0 || compareRows(columns, rows[static_cast<std::size_t>(j - 1)],
-                                                   rows[static_cast<std::size_t>(j)]) != 0;
-        if (j > 0 && differs)
-            ++expected;
-        bool const flagged = (flags[static_cast<std::size_t>(j / 8)] >> (j % 8)) & 1;
-        FUZZ_CHECK(flagged == differs, "pass %d: flag of position %d is %d, expected %d", pass, j,
-                   flagged, differs);
-    }
-    for (int j = numRows; numRows > 0 && j < static_cast<int>(flagBytes) * 8; ++j)
-        FUZZ_CHECK(((flags[static_cast<std::size_t>(j / 8)] >> (j % 8)) & 1) == 0,
-                   "pass %d: flag bit %d beyond the rows is set", pass, j);
-    FUZZ_CHECK(flags[flagBytes] == 0xA5, "pass %d: getUniqueRows wrote past its bytes", pass);
-    if (numRows == 0)
-        FUZZ_CHECK(flags[0] == 0xA5, "pass %d: getUniqueRows(0) wrote a flag", pass);
-    FUZZ_CHECK(count == expected, "pass %d: getUniqueRows gave %d, expected %d", pass, count,
-               expected);
+                 std::vector<int> const & rows) {
+    std::size_t const n = rows.size(), flagBytes = n == 0 ? 0 : (n - 1) / 8 + 1;
+    std::vector<unsigned char> flags(flagBytes + 1, 0xA5), expected(flagBytes, 0);
+    int count = 0;
+    for (std::size_t j = 0; j < n; ++j)
+        if (j == 0 || compareRows(columns, rows[j - 1], rows[j]) != 0) {
+            expected[j / 8] = static_cast<unsigned char>(expected[j / 8] | 1u << (j % 8));
+            ++count;
+        }
+    expected.push_back(0xA5);
+    int const got = sorter.getUniqueRows(static_cast<int>(n), rows.data(), flags.data());
+    FUZZ_CHECK(got == count && flags == expected, "%zu rows: %d unique, expected %d", n, got,
+               count);
 }
 
 } // namespace
@@ -102,20 +90,16 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t siz
         // Exact room for numRows ints, and a guard behind it.
         std::vector<int> result(static_cast<std::size_t>(numRows) + 1, -12345);
         sorter.sort(numRows, result.data());
-        FUZZ_CHECK(result.back() == -12345, "pass %d: sort wrote past %d rows", pass, numRows);
+        expected.push_back(-12345);
+        FUZZ_CHECK(result == expected, "pass %d: %zu columns, %d rows", pass, columns.size(),
+                   numRows);
         result.pop_back();
-        for (int i = 0; i < numRows; ++i)
-            FUZZ_CHECK(result[static_cast<std::size_t>(i)] == expected[static_cast<std::size_t>(i)],
-                       "pass %d: %zu columns, %d rows: position %d holds row %d, expected %d", pass,
-                       columns.size(), numRows, i, result[static_cast<std::size_t>(i)],
-                       expected[static_cast<std::size_t>(i)]);
-
-        checkUnique(sorter, columns, result, pass);
+        checkUnique(sorter, columns, result);
         // getUniqueRows compares whatever order it is given, sorted or not.
         std::vector<int> shuffled = result;
         for (std::size_t i = 1; i < shuffled.size() && in.remaining_bytes() > 0; ++i)
             std::swap(shuffled[i], shuffled[in.ConsumeIntegralInRange<std::size_t>(0, i)]);
-        checkUnique(sorter, columns, shuffled, pass);
+        checkUnique(sorter, columns, shuffled);
     }
     return 0;
 }

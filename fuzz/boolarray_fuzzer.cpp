@@ -5,8 +5,7 @@
 // bit with their models, and the queries between them with the models' answers. Indexes stay
 // below a few hundred, negative ones and ones beyond the size included wherever the contract
 // says what happens. The counts and scans have vector versions: every level runs the input.
-#include "FuzzLevels.h"
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/KDRBoolArray.h"
 
@@ -73,26 +72,24 @@ struct State {
     KDRBoolArray & b() { return arrays[1 - which]; }
     Model & mb() { return models[1 - which]; }
 
-    void check(char const * op, int step) const {
+    void check() const {
         for (int k = 0; k < 2; ++k) {
             KDRBoolArray const & x = arrays[k];
             Model const & mx = models[k];
             FUZZ_CHECK(x.size() == mx.size() && x.capacity() == mx.capacity,
-                       "step %d %s: size %d capacity %d, expected %d %d", step, op, x.size(),
-                       x.capacity(), mx.size(), mx.capacity);
+                       "size %d capacity %d, expected %d %d", x.size(), x.capacity(), mx.size(),
+                       mx.capacity);
             int set = 0;
             for (int i = -2; i < mx.size() + 10; ++i) {
                 bool const e = mx.get(i);
-                FUZZ_CHECK(x.get(i) == e && x[i] == e, "step %d %s: bit %d of array %d", step, op,
-                           i, k);
+                FUZZ_CHECK(x.get(i) == e && x[i] == e, "bit %d of array %d", i, k);
                 if (i >= 0 && i < mx.size())
                     FUZZ_CHECK(x.getNoSizeTest(i) == e && x.getAsMask(i) == (e ? 1 << (i & 7) : 0),
-                               "step %d %s: getNoSizeTest/getAsMask(%d)", step, op, i);
+                               "getNoSizeTest/getAsMask(%d)", i);
                 set += i >= 0 && e ? 1 : 0;
             }
             FUZZ_CHECK(x.getNumberOfBitSet() == set && x.getNumberOfBitCleared() == mx.size() - set,
-                       "step %d %s: %d bits set, expected %d", step, op, x.getNumberOfBitSet(),
-                       set);
+                       "%d bits set, expected %d", x.getNumberOfBitSet(), set);
             // Between the arrays: hasInter over the common range; bitTest, every bit set in the
             // argument set here, false when its top bit lies beyond this array; equality.
             Model const & mo = models[1 - k];
@@ -104,8 +101,8 @@ struct State {
             KDRBoolArray const & o = arrays[1 - k];
             FUZZ_CHECK(x.hasInter(o) == inter && x.bitTest(o) == covers &&
                            (x == o) == (mx.bits == mo.bits),
-                       "step %d %s: hasInter %d bitTest %d ==, expected %d %d", step, op,
-                       x.hasInter(o), x.bitTest(o), inter, covers);
+                       "hasInter %d bitTest %d ==, expected %d %d", x.hasInter(o), x.bitTest(o),
+                       inter, covers);
         }
     }
 };
@@ -120,30 +117,28 @@ std::vector<int> consumeIndexes(FuzzedDataProvider & in, int low) {
 using Op = fuzz::Operation<State>;
 using In = FuzzedDataProvider;
 
-void singleBit(State & s, In & in, bool grow, int op) {
+// set, clear or toggle of one bit; the AutoResize forms take any index, the others one inside.
+void singleBit(State & s, In & in) {
+    bool const grow = in.ConsumeBool();
+    int const op = in.ConsumeIntegralInRange(0, 2);
     if (!grow && s.m().size() == 0)
         return;
     int const i = grow ? in.ConsumeIntegralInRange(-3, MAX_INDEX)
                        : in.ConsumeIntegralInRange(0, s.m().size() - 1);
     KDRBoolArray & a = s.a();
-    switch (op) {
-    case 0:
+    if (op == 0)
         grow ? a.setAutoResize(i) : a.set(i);
-        break;
-    case 1:
+    else if (op == 1)
         grow ? a.clearAutoResize(i) : a.clear(i);
-        break;
-    default:
+    else
         grow ? a.toggleAutoResize(i) : a.toggle(i);
-        break;
-    }
-    if (i >= 0) {
-        bool const old = s.m().get(i);
-        s.m().setIndexes({i}, op == 0 || (op == 2 && !old));
-    }
+    if (i >= 0)
+        s.m().setIndexes({i}, op == 0 || (op == 2 && !s.m().get(i)));
 }
 
-void indexList(State & s, In & in, int kind) { // 0 assign(.., -1), 1 set, 2 clear, 3 set(list)
+// assign(count, indexes, -1), set(count, indexes), clear(count, indexes), set(KDRArray).
+void indexList(State & s, In & in) {
+    int const kind = in.ConsumeIntegralInRange(0, 3);
     std::vector<int> const indexes = consumeIndexes(in, -3);
     int const count = static_cast<int>(indexes.size());
     KDRArray<int> list;
@@ -156,7 +151,8 @@ void indexList(State & s, In & in, int kind) { // 0 assign(.., -1), 1 set, 2 cle
     s.m().setIndexes(indexes, kind != 2);
 }
 
-void range(State & s, In & in, bool value) { // start < 0: nothing; count < 1 counts as 1
+void range(State & s, In & in) { // start < 0: nothing; count < 1 counts as 1
+    bool const value = in.ConsumeBool();
     int const start = in.ConsumeIntegralInRange(-3, MAX_INDEX - 40);
     int const count = in.ConsumeIntegralInRange(-3, 40);
     value ? s.a().set(start, count) : s.a().clear(start, count);
@@ -166,7 +162,7 @@ void range(State & s, In & in, bool value) { // start < 0: nothing; count < 1 co
     s.m().setIndexes(r, value);
 }
 
-void queries(State & s, In & in, int step) {
+void queries(State & s, In & in) {
     KDRBoolArray const & a = s.a();
     Model const & m = s.m();
     for (bool v : {false, true}) {
@@ -177,7 +173,7 @@ void queries(State & s, In & in, int step) {
                        a.findFirst(v) == m.find(v, 0, last, 1) &&
                        a.findLast(v) == m.find(v, last, 0, -1) &&
                        a.findLast(v, 1000000) == m.find(v, last, 0, -1),
-                   "step %d: findFirst/findLast(%d, %d)", step, v, start);
+                   "findFirst/findLast(%d, %d)", v, start);
         KDRArray<int> out;
         out.push_back(-7); // must go: the result holds exactly the indexes
         bool const any = v ? a.getIndexesSet(out) : a.getIndexesCleared(out);
@@ -186,21 +182,21 @@ void queries(State & s, In & in, int step) {
             if (m.get(i) == v)
                 expected.push_back(i);
         FUZZ_CHECK(any == !expected.empty() && std::vector<int>(out.begin(), out.end()) == expected,
-                   "step %d: getIndexes%s", step, v ? "Set" : "Cleared");
+                   "getIndexes%s", v ? "Set" : "Cleared");
     }
 }
 
 Op const OPS[] = {
-    {"swap roles", [](State & s, In &, int) { s.which = 1 - s.which; }},
+    {"swap roles", [](State & s, In &) { s.which = 1 - s.which; }},
     {"assign(n, value)",
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          int const n = in.ConsumeIntegralInRange(-2, MAX_INDEX);
          bool const v = in.ConsumeBool();
          s.a().assign(n, v);
          s.m().assign(n, v);
      }},
     {"assign(n, bytes)",
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          int const n = in.ConsumeIntegralInRange(0, MAX_INDEX);
          std::vector<char> bytes = in.ConsumeBytes<char>(static_cast<std::size_t>((n + 7) / 8));
          bytes.resize(static_cast<std::size_t>((n + 7) / 8), 0);
@@ -211,7 +207,7 @@ Op const OPS[] = {
                  (bytes[static_cast<std::size_t>(i / 8)] >> (i % 8)) & 1;
      }},
     {"assign(count, indexes, size)", // with a size: starts from all clear
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          int const size = in.ConsumeIntegralInRange(1, MAX_INDEX);
          std::vector<int> indexes = consumeIndexes(in, 0);
          for (int & i : indexes)
@@ -220,62 +216,39 @@ Op const OPS[] = {
          s.m().assign(size, false);
          s.m().setIndexes(indexes, true);
      }},
-    {"assign(count, indexes, -1)", [](State & s, In & in, int) { indexList(s, in, 0); }},
-    {"set(count, indexes)", [](State & s, In & in, int) { indexList(s, in, 1); }},
-    {"clear(count, indexes)", [](State & s, In & in, int) { indexList(s, in, 2); }},
-    {"set(KDRArray)", [](State & s, In & in, int) { indexList(s, in, 3); }},
+    {"index list", indexList},
     {"resize",
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          int const n = in.ConsumeIntegralInRange(0, MAX_INDEX);
          bool const v = in.ConsumeBool();
          s.a().resize(n, v);
          s.m().resize(n, v);
      }},
-    {"set(i)", [](State & s, In & in, int) { singleBit(s, in, false, 0); }},
-    {"clear(i)", [](State & s, In & in, int) { singleBit(s, in, false, 1); }},
-    {"toggle(i)", [](State & s, In & in, int) { singleBit(s, in, false, 2); }},
-    {"setAutoResize", [](State & s, In & in, int) { singleBit(s, in, true, 0); }},
-    {"clearAutoResize", [](State & s, In & in, int) { singleBit(s, in, true, 1); }},
-    {"toggleAutoResize", [](State & s, In & in, int) { singleBit(s, in, true, 2); }},
-    {"set(start, count)", [](State & s, In & in, int) { range(s, in, true); }},
-    {"clear(start, count)", [](State & s, In & in, int) { range(s, in, false); }},
-    {"setAll",
-     [](State & s, In &, int) {
-         s.a().setAll();
-         s.m().bits.assign(s.m().bits.size(), true);
+    {"one bit", singleBit},
+    {"set / clear(start, count)", range},
+    {"setAll / clearAll",
+     [](State & s, In & in) {
+         bool const v = in.ConsumeBool();
+         v ? s.a().setAll() : s.a().clearAll();
+         s.m().bits.assign(s.m().bits.size(), v);
      }},
-    {"clearAll",
-     [](State & s, In &, int) {
-         s.a().clearAll();
-         s.m().bits.assign(s.m().bits.size(), false);
-     }},
-    {"inverse",
-     [](State & s, In &, int) {
-         s.a().inverse();
+    {"inverse / toggleAll", // toggleAll flips the spare bits too: no later operation may show them
+     [](State & s, In & in) {
+         in.ConsumeBool() ? s.a().inverse() : s.a().toggleAll();
          s.m().bits.flip();
      }},
-    {"toggleAll", // the spare bits flip too: no later operation may show them
-     [](State & s, In &, int) {
-         s.a().toggleAll();
-         s.m().bits.flip();
-     }},
-    {"set(other)",
-     [](State & s, In &, int) {
-         s.a().set(s.b());
-         s.m().combine(s.mb(), false);
-     }},
-    {"merge",
-     [](State & s, In &, int) {
-         s.a().merge(s.b());
+    {"set(other) / merge",
+     [](State & s, In & in) {
+         in.ConsumeBool() ? s.a().set(s.b()) : s.a().merge(s.b());
          s.m().combine(s.mb(), false);
      }},
     {"toggle(other)",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a().toggle(s.b());
          s.m().combine(s.mb(), true);
      }},
     {"inter", // the size falls to the common one, except from 0
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a().inter(s.b());
          Model & m = s.m();
          if (m.size() > 0)
@@ -284,32 +257,30 @@ Op const OPS[] = {
              m.bits[i] = m.bits[i] && s.mb().bits[i];
      }},
     {"clear(other)", // over the common range, sizes unchanged
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a().clear(s.b());
          for (std::size_t i = 0; i < std::min(s.m().bits.size(), s.mb().bits.size()); ++i)
              s.m().bits[i] = s.m().bits[i] && !s.mb().bits[i];
      }},
-    {"copy(other, spare)",
-     [](State & s, In & in, int) {
-         s.a().copy(s.b(), in.ConsumeBool());
-         s.m().reserveExact(s.mb().size());
-         s.m().bits = s.mb().bits;
-     }},
-    {"operator=",
-     [](State & s, In &, int step) { // returns a copy by value, equal to the assigned array
-         FUZZ_CHECK((s.a() = s.b()) == s.b(), "step %d: operator= result", step);
+    {"copy(other, spare) / operator=", // operator= returns a copy, equal to the assigned array
+     [](State & s, In & in) {
+         int const how = in.ConsumeIntegralInRange(0, 2);
+         if (how < 2)
+             s.a().copy(s.b(), how == 1);
+         else
+             FUZZ_CHECK((s.a() = s.b()) == s.b());
          s.m().reserveExact(s.mb().size());
          s.m().bits = s.mb().bits;
      }},
     {"copy construction", // exact storage for the size
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          KDRBoolArray c(s.b());
          s.a().swap(c);
          s.m().bits = s.mb().bits;
          s.m().capacity = (s.mb().size() + 7) / 8 * 8;
      }},
     {"construction(n, value)",
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          int const n = in.ConsumeIntegralInRange(-2, MAX_INDEX);
          bool const v = in.ConsumeBool();
          KDRBoolArray c(n, v);
@@ -318,17 +289,17 @@ Op const OPS[] = {
          s.m().assign(n, v);
      }},
     {"swap",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a().swap(s.b());
          std::swap(s.m(), s.mb());
      }},
     {"clearArray",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a().clearArray();
          s.m() = Model();
      }},
     {"insert", // only strictly inside the array
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          int const i = in.ConsumeIntegralInRange(-2, s.m().size() + 2);
          bool const v = in.ConsumeBool();
          s.a().insert(i, v);
@@ -338,7 +309,7 @@ Op const OPS[] = {
          }
      }},
     {"erase",
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          int const i = in.ConsumeIntegralInRange(-2, s.m().size() + 2);
          s.a().erase(i);
          if (i >= 0 && i < s.m().size())

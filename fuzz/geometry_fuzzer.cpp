@@ -1,4 +1,4 @@
-// Fuzz target: the geometric primitives, queries, intersections and box algorithms on arbitrary
+// Fuzz target: the geometric queries, intersections and box algorithms on arbitrary primitives and
 // floats (NaN, infinities, denormals, huge and tiny values, degenerate shapes).
 //
 // Out-parameters are filled with a signalling-NaN sentinel before each call; afterwards each must
@@ -8,7 +8,7 @@
 // lie in the set the function documents. Calls documented to allow an out-parameter to be an
 // input give the same results with that overlap. The four forms of pointIn2DPolygon must agree
 // with each other and ignore z. Nothing may crash, read out of bounds or hit undefined behaviour.
-#include "FuzzFloats.h"
+#include "Fuzz.h"
 
 #include "kdrcore/geometry/BoundingBox.h"
 #include "kdrcore/geometry/Geom2D.h"
@@ -18,6 +18,7 @@
 #include "kdrcore/types/Scalar.h"
 #include "kdrcore/types/Vector.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <fuzzer/FuzzedDataProvider.h>
@@ -29,7 +30,7 @@ namespace {
 
 using fuzz::bitsOf;
 using fuzz::isSentinel;
-using fuzz::sameFloat;
+using fuzz::same;
 using fuzz::sentinel;
 
 float F(FuzzedDataProvider & in) {
@@ -87,42 +88,39 @@ void fill(FuzzedDataProvider & in, float * m, int n) {
 // --- Out-parameter checks --------------------------------------------------------------------
 
 void outOne(bool wrote, char const * what, float v) {
-    FUZZ_CHECK(isSentinel(v) != wrote, "%s %s (%a)", what,
-               wrote ? "not written" : "written though documented as untouched",
-               static_cast<double>(v));
+    FUZZ_CHECK(isSentinel(v) != wrote, "%s %s", what,
+               wrote ? "not written" : "written though untouched");
 }
 void outOne(bool wrote, char const * what, Vector3f const & v) {
     for (int i = 0; i < 3; ++i)
         outOne(wrote, what, v[i]);
 }
 // Every output written when `wrote`, every one still the sentinel otherwise.
-template <class... T> void outputs(bool wrote, char const * what, T const &... v) {
+template <class... T>
+void outputs([[maybe_unused]] bool wrote, [[maybe_unused]] char const * what, T const &... v) {
     (outOne(wrote, what, v), ...);
 }
 template <class... T> void written(char const * what, T const &... v) {
-    (outOne(true, what, v), ...);
+    outputs(true, what, v...);
+}
+// A code the function documents, and the outputs written exactly when `wrote`.
+template <class... T>
+void result(int code, std::initializer_list<int> allowed, bool wrote, char const * what,
+            T const &... v) {
+    FUZZ_CHECK(std::find(allowed.begin(), allowed.end(), code) != allowed.end(), "%s gave %d", what,
+               code);
+    outputs(wrote, what, v...);
 }
 // The same bits, or (unless `exact`) both NaN.
 void sameVector(Vector3f const & a, Vector3f const & b, char const * what, bool exact = false) {
     for (int i = 0; i < 3; ++i)
-        FUZZ_CHECK(exact ? bitsOf(a[i]) == bitsOf(b[i]) : sameFloat(a[i], b[i]),
+        FUZZ_CHECK(exact ? bitsOf(a[i]) == bitsOf(b[i]) : same(a[i], b[i]),
                    "%s: component %d is %a, expected %a", what, i, static_cast<double>(a[i]),
                    static_cast<double>(b[i]));
 }
 void sameBox(BoundingBox const & a, BoundingBox const & b, char const * what, bool exact = false) {
     sameVector(a.m_min, b.m_min, what, exact);
     sameVector(a.m_max, b.m_max, what, exact);
-}
-void codeIn(int code, std::initializer_list<int> allowed, char const * what) {
-    for (int a : allowed)
-        if (code == a)
-            return;
-    FUZZ_CHECK(false, "%s returned %d, not a documented code", what, code);
-}
-double length(Vector3f const & d) {
-    double const x = static_cast<double>(d.x()), y = static_cast<double>(d.y()),
-                 z = static_cast<double>(d.z());
-    return std::sqrt(x * x + y * y + z * z);
 }
 // Where the values are finite, `got` agrees with `want` to 1e-5 of `scale`, the sum of the
 // magnitudes involved (and of what a parameter rounded below the normal floats can move): the
@@ -134,41 +132,6 @@ void agrees(double got, double want, double scale, char const * what) {
 }
 double w(float v) {
     return static_cast<double>(v);
-}
-
-// --- Primitives ------------------------------------------------------------------------------
-
-void primitives(FuzzedDataProvider & in) {
-    Vector3f const p = V(in), q = V(in);
-    bool const isDirection = in.ConsumeBool();
-    KDRLine const l(p, q, isDirection);
-    sameVector(l.m_point, p, "KDRLine m_point", true);
-    // A direction too short for setDir leaves the zeroed one.
-    if (length(isDirection ? q : Vector3f(p, q)) <= TOLERANCE)
-        sameVector(l.m_dir, Vector3f(), "KDRLine with a too-short direction", true);
-
-    KDRLine m = line(in);
-    Vector3f const before = m.m_dir, dir = V(in);
-    m.setDir(dir);
-    if (length(dir) <= TOLERANCE)
-        sameVector(m.m_dir, before, "setDir of a too-short vector", true);
-
-    Plane pl = plane(in);
-    Vector3f const oldNormal = pl.m_normal, n = V(in);
-    float const oldD = pl.m_d;
-    pl.setNormal(n);
-    FUZZ_CHECK(bitsOf(pl.m_d) == bitsOf(oldD), "setNormal changed m_d");
-    if (length(n) <= TOLERANCE)
-        sameVector(pl.m_normal, oldNormal, "setNormal of a too-short vector", true);
-
-    Vector3f point = sentinelVector();
-    pl.findPoint(point);
-    written("findPoint", point);
-    KDRLine u, v;
-    u.m_point = v.m_point = sentinelVector();
-    pl.findUVAxis(u, v);
-    sameVector(u.m_point, point, "findUVAxis lineU.m_point");
-    sameVector(v.m_point, point, "findUVAxis lineV.m_point");
 }
 
 // --- Distances and point queries ---------------------------------------------------------------
@@ -195,13 +158,13 @@ void distances(FuzzedDataProvider & in) {
     agrees(static_cast<double>(ds), std::sqrt(gap), scale, "distancePointSegment: |point - foot|");
     Vector3f aliased = p; // foot may be point
     float const dsAliased = distancePointSegment(aliased, s.m_start, s.m_end, aliased);
-    FUZZ_CHECK(sameFloat(ds, dsAliased), "distancePointSegment with foot = point: result");
+    FUZZ_CHECK(same(ds, dsAliased), "distancePointSegment with foot = point: result");
     sameVector(aliased, foot, "distancePointSegment with foot = point");
 
     t1 = t2 = sentinel();
     float const dll = distanceLineLine(l, l2, t1, t2);
     written("distanceLineLine params", t1, t2);
-    FUZZ_CHECK(sameFloat(dll, distanceLineLine(l, l2)), "distanceLineLine: the two forms differ");
+    FUZZ_CHECK(same(dll, distanceLineLine(l, l2)), "distanceLineLine: the two forms differ");
     t1 = t2 = sentinel();
     (void)distanceLineSegment(l, s, t1, t2);
     written("distanceLineSegment params", t1, t2);
@@ -238,8 +201,8 @@ void projectionsAndDerived(FuzzedDataProvider & in) {
     for (int ortho = 0; ortho < 2; ++ortho) {
         out = sentinelVector();
         _e_geomInfo const c = ortho ? projectionOrtho(out, p, pl) : projection(out, p, pl, dir);
-        codeIn(c, {e_geomIntersection, e_geomParallel, e_geomContained}, "projection(Ortho)");
-        outputs(c == e_geomIntersection, "projection(Ortho) out", out);
+        result(c, {e_geomIntersection, e_geomParallel, e_geomContained}, c == e_geomIntersection,
+               "projection(Ortho)", out);
     }
 
     float const radius = F(in);
@@ -275,8 +238,8 @@ void intersections(FuzzedDataProvider & in) {
     Vector3f out = sentinelVector();
     float t = sentinel();
     _e_geomInfo const lp = interLinePlane(out, t, l, pl);
-    codeIn(lp, {e_geomIntersection, e_geomParallel, e_geomContained}, "interLinePlane");
-    outputs(lp == e_geomIntersection, "interLinePlane out / t", out, t);
+    result(lp, {e_geomIntersection, e_geomParallel, e_geomContained}, lp == e_geomIntersection,
+           "interLinePlane", out, t);
     if (lp == e_geomIntersection) { // the point lies at t along the line
         for (int i = 0; i < 3; ++i) {
             double const along = w(t) * w(l.m_dir[i]);
@@ -300,27 +263,27 @@ void intersections(FuzzedDataProvider & in) {
         _e_geomInfo const c = axis == 0   ? interLinePlaneYZ(t, l, value, tolerance)
                               : axis == 1 ? interLinePlaneXZ(t, l, value, tolerance)
                                           : interLinePlaneXY(t, l, value, tolerance);
-        codeIn(c, {e_geomIntersection, e_geomParallel, e_geomContained}, "interLinePlaneXY/XZ/YZ");
-        outputs(c == e_geomIntersection, "interLinePlaneXY/XZ/YZ t", t);
+        result(c, {e_geomIntersection, e_geomParallel, e_geomContained}, c == e_geomIntersection,
+               "interLinePlaneXY/XZ/YZ", t);
     }
 
     out = sentinelVector();
     float t1 = sentinel(), t2 = sentinel();
     _e_geomInfo const ll = interLineLine(out, t1, t2, l, l2);
-    codeIn(ll, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, "interLineLine");
-    outputs(ll != e_geomParallel, "interLineLine out / t1 / t2", out, t1, t2);
+    result(ll, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, ll != e_geomParallel,
+           "interLineLine", out, t1, t2);
 
     out = sentinelVector();
     t = sentinel();
     _e_geomInfo const cl = interTwoCoplanarLines(out, t, l, l2);
-    codeIn(cl, {e_geomIntersection, e_geomParallel}, "interTwoCoplanarLines");
-    outputs(cl != e_geomParallel, "interTwoCoplanarLines out / t", out, t);
+    result(cl, {e_geomIntersection, e_geomParallel}, cl != e_geomParallel, "interTwoCoplanarLines",
+           out, t);
 
     KDRSegment const s(V(in), V(in)), s2(V(in), V(in));
     out = sentinelVector();
     t = sentinel();
     _e_geomInfo const sp = interSegmentPlane(out, t, s, pl, F(in));
-    codeIn(sp, {e_geomNoIntersection, e_geomIntersection, e_geomParallel, e_geomContained},
+    result(sp, {e_geomNoIntersection, e_geomIntersection, e_geomParallel, e_geomContained}, false,
            "interSegmentPlane");
     // Exactly zero length: every difference 0 (infinite equal ends give NaN, not 0).
     Vector3f const span(s.m_start, s.m_end);
@@ -336,16 +299,16 @@ void intersections(FuzzedDataProvider & in) {
     out = sentinelVector();
     t = sentinel();
     _e_geomInfo const ss = interSegmentSegment(out, t, s, s2);
-    codeIn(ss, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, "interSegmentSegment");
-    outputs(ss != e_geomParallel, "interSegmentSegment out / t", out, t);
+    result(ss, {e_geomNoIntersection, e_geomIntersection, e_geomParallel}, ss != e_geomParallel,
+           "interSegmentSegment", out, t);
 
     out = sentinelVector();
     float u = sentinel(), v = sentinel();
     bool inside = in.ConsumeBool();
     Vector3f const p0 = V(in), p1 = V(in), p2 = V(in);
     _e_geomInfo const lt = interLineTriangle(out, u, v, inside, l, p0, p1, p2);
-    codeIn(lt, {e_geomNoIntersection, e_geomIntersection}, "interLineTriangle");
-    outputs(lt == e_geomIntersection, "interLineTriangle out / u / v", out, u, v);
+    result(lt, {e_geomNoIntersection, e_geomIntersection}, lt == e_geomIntersection,
+           "interLineTriangle", out, u, v);
     // Documented as "false if u < 0, or v < 0, or u + v > 1": a NaN hit is inside; a zero
     // determinant is not.
     FUZZ_CHECK(!inside || (lt == e_geomIntersection && !(u < 0.0f || v < 0.0f)),
@@ -355,8 +318,8 @@ void intersections(FuzzedDataProvider & in) {
     KDRLine cut;
     cut.m_point = cut.m_dir = sentinelVector();
     _e_geomInfo const pp = interPlanePlane(cut, pl, plane(in));
-    codeIn(pp, {e_geomIntersection, e_geomParallel, e_geomCoincident}, "interPlanePlane");
-    outputs(pp == e_geomIntersection, "interPlanePlane line", cut.m_point, cut.m_dir);
+    result(pp, {e_geomIntersection, e_geomParallel, e_geomCoincident}, pp == e_geomIntersection,
+           "interPlanePlane", cut.m_point, cut.m_dir);
 
     Plane pls[6];
     for (Plane & p : pls)
@@ -378,12 +341,11 @@ void twoD(FuzzedDataProvider & in) {
         float t1 = sentinel(), t2 = sentinel();
         _e_geomInfo const c = form == 0 ? inter2dLineLine(out, t1, t2, o1, d1, o2, d2)
                                         : inter2dSegmentSegment(out, t1, t2, o1, d1, o2, d2);
-        codeIn(c,
+        result(c,
                {form == 0 ? e_geomIntersection : e_geomNoIntersection, e_geomIntersection,
                 e_geomParallel},
-               "inter2dLineLine / inter2dSegmentSegment");
-        outputs(c != e_geomParallel, "inter2dLineLine / inter2dSegmentSegment output", out[0],
-                out[1], t1, t2);
+               c != e_geomParallel, "inter2dLineLine / inter2dSegmentSegment", out[0], out[1], t1,
+               t2);
         for (int k = 0; c != e_geomParallel && k < 2; ++k) { // out = o1 + t1 d1 = o2 + t2 d2
             double const a1 = w(t1) * w(d1[k]), a2 = w(t2) * w(d2[k]);
             double const scale = std::fabs(w(o1[k])) + std::fabs(w(o2[k])) + std::fabs(a1) +
@@ -393,7 +355,7 @@ void twoD(FuzzedDataProvider & in) {
             agrees(w(out[k]), w(o2[k]) + a2, scale, "inter2dLineLine: out on line 2");
         }
     }
-    codeIn(inter2dSegmentSegment(o1, d1, o2, d2), {e_geomNoIntersection, e_geomIntersection},
+    result(inter2dSegmentSegment(o1, d1, o2, d2), {e_geomNoIntersection, e_geomIntersection}, false,
            "inter2dSegmentSegment(p1, p2, q1, q2)");
 
     // Segment a b against axis-parallel lines and segments.
@@ -405,19 +367,17 @@ void twoD(FuzzedDataProvider & in) {
         float r = sentinel(), rs = sentinel();
         _e_geomInfo const line = vertical ? inter2dSegmentVerticalLine(a, b, at, r)
                                           : inter2dSegmentHorizontalLine(a, b, at, r);
-        codeIn(line, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
-               "inter2dSegmentVertical/HorizontalLine");
-        outputs(line == e_geomIntersection, "inter2dSegmentVertical/HorizontalLine coordinate", r);
+        result(line, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
+               line == e_geomIntersection, "inter2dSegmentVertical/HorizontalLine", r);
         if (std::isfinite(a[k]) && a[k] == b[k] && line != e_geomCoincident)
             FUZZ_CHECK(a[k] != at, "segment on the line: code %d, not e_geomCoincident", line);
 
         _e_geomInfo const seg = vertical ? inter2dSegmentVerticalSegment(a, b, at, lo, hi, rs)
                                          : inter2dSegmentHorizontalSegment(a, b, at, lo, hi, rs);
-        codeIn(seg, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
-               "inter2dSegmentVertical/HorizontalSegment");
         // The segment form is the line form plus a range test after the coordinate is written.
-        outputs(line == e_geomIntersection, "inter2dSegment*Segment coordinate", rs);
-        FUZZ_CHECK(line == e_geomIntersection ? sameFloat(rs, r) && seg != e_geomCoincident
+        result(seg, {e_geomNoIntersection, e_geomIntersection, e_geomCoincident},
+               line == e_geomIntersection, "inter2dSegmentVertical/HorizontalSegment", rs);
+        FUZZ_CHECK(line == e_geomIntersection ? same(rs, r) && seg != e_geomCoincident
                                               : seg == line,
                    "inter2dSegment*Segment: code %d, the line form gave %d", seg, line);
     }
@@ -425,7 +385,7 @@ void twoD(FuzzedDataProvider & in) {
     BoundingBox bb = box(in);
     bool aInside = false, bInside = false;
     _e_geomInfo const sb = inter2dSegmentBBox(a, b, bb, aInside, bInside);
-    codeIn(sb, {e_geomNoIntersection, e_geomIntersection}, "inter2dSegmentBBox");
+    result(sb, {e_geomNoIntersection, e_geomIntersection}, false, "inter2dSegmentBBox");
     auto within = [&bb](float const * p) {
         return bb.m_min.x() <= p[0] && p[0] <= bb.m_max.x() && bb.m_min.y() <= p[1] &&
                p[1] <= bb.m_max.y();
@@ -444,9 +404,9 @@ void twoD(FuzzedDataProvider & in) {
     fill(in, p, 2);
     (void)distance2PointSegment2D(t, nearest, a, b, p);
     written("distance2PointSegment2D", t, nearest.x(), nearest.y());
-    float same[2] = {a[0], a[1]};
+    float aCopy[2] = {a[0], a[1]};
     t = sentinel();
-    (void)distance2PointSegment2D(t, nearest, a, same, p);
+    (void)distance2PointSegment2D(t, nearest, a, aCopy, p);
     if (std::isfinite(a[0]) && std::isfinite(a[1]))
         FUZZ_CHECK(t == 0.0f && bitsOf(nearest.x()) == bitsOf(a[0]) &&
                        bitsOf(nearest.y()) == bitsOf(a[1]),
@@ -489,7 +449,7 @@ void boxes(FuzzedDataProvider & in) {
     FUZZ_CHECK(!(tMax < tMin), "interLineBoundingBox: an empty range was not reset to 0");
     int fx = 99, fy = 99, fz = 99;
     bool const hit = interLineBoundingBox(tMin2, tMax2, fx, fy, fz, l, bb);
-    FUZZ_CHECK(sameFloat(tMin2, tMin) && sameFloat(tMax2, tMax),
+    FUZZ_CHECK(same(tMin2, tMin) && same(tMax2, tMax),
                "interLineBoundingBox: the two forms give different ranges");
     FUZZ_CHECK(fx >= -1 && fx <= 1 && fy >= -1 && fy <= 1 && fz >= -1 && fz <= 1 &&
                    (fx != 0) + (fy != 0) + (fz != 0) <= 1,
@@ -513,7 +473,7 @@ void boxes(FuzzedDataProvider & in) {
     BoundingBox const accBefore = acc;
     int const code = BoundingBoxAlgo::cameraProjBBox(acc, bb, proj, depth);
     // 1 front, 2 behind, 3 both; 0 when no projected corner gives an initialised box (NaN x).
-    codeIn(code, {0, 1, 2, 3}, "cameraProjBBox(BoundingBox)");
+    result(code, {0, 1, 2, 3}, false, "cameraProjBBox(BoundingBox)");
     if (code == 2 && !accBefore.isInitialized())
         sameBox(acc, accBefore, "cameraProjBBox, all behind: uninitialised out", true);
     BoundingBox selfAcc = bb, plain = bb; // out may be box
@@ -561,17 +521,17 @@ void boxes(FuzzedDataProvider & in) {
     sameVector(selfPoint, projected, "cameraProjPoint with out = p");
     Vector2f flat(sentinel(), sentinel());
     cameraProjPoint(flat, p, proj, depth);
-    FUZZ_CHECK(sameFloat(flat.x(), projected.x()) && sameFloat(flat.y(), projected.y()),
+    FUZZ_CHECK(same(flat.x(), projected.x()) && same(flat.y(), projected.y()),
                "cameraProjPoint: the Vector2f form differs");
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const * data, std::size_t size) {
-    static void (*const parts[])(FuzzedDataProvider &) = {
-        primitives, distances, projectionsAndDerived, intersections, twoD, boxes};
+    static void (*const parts[])(FuzzedDataProvider &) = {distances, projectionsAndDerived,
+                                                          intersections, twoD, boxes};
     FuzzedDataProvider in(data, size);
     for (int k = 0; k < 4 && (k == 0 || in.remaining_bytes() > 0); ++k)
-        parts[in.ConsumeIntegralInRange(0, 5)](in);
+        parts[in.ConsumeIntegralInRange(0, 4)](in);
     return 0;
 }

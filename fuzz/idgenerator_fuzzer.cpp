@@ -8,7 +8,7 @@
 // exhaustion mark are reached. Three generators take part, so that copies and assignments are
 // checked to go on independently; after each operation a copy of each generator must give the
 // model's next id.
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/IDGenerator.h"
 
@@ -117,61 +117,58 @@ struct State {
     IDGenerator & g() { return generators[which]; }
     Model & m() { return models[which]; }
 
-    void check(char const * op, int step) const {
+    void check() const {
         for (int k = 0; k < 3; ++k) {
             IDGenerator copy(generators[k]);
             Model next = models[k];
             int const expected = next.generate();
-            FUZZ_CHECK(copy.generateID() == expected, "step %d %s: generator %d, next id not %d",
-                       step, op, k, expected);
+            FUZZ_CHECK(copy.generateID() == expected, "generator %d, next id not %d", k, expected);
         }
     }
 };
 
 using In = FuzzedDataProvider;
 
-void expectId(int got, int expected, char const * what, int id, int step) {
-    FUZZ_CHECK(got == expected, "step %d: %s(%d) %d, expected %d", step, what, id, got, expected);
+void expectId(int got, int expected, char const * what, int id) {
+    FUZZ_CHECK(got == expected, "%s(%d) %d, expected %d", what, id, got, expected);
 }
 
 fuzz::Operation<State> const OPS[] = {
     {"choose",
-     [](State & s, In & in, int) {
+     [](State & s, In & in) {
          s.which = in.ConsumeIntegralInRange(0, 2);
          s.other = (s.which + 1 + in.ConsumeIntegralInRange(0, 1)) % 3;
      }},
     {"generateID()",
-     [](State & s, In &, int step) {
-         expectId(s.g().generateID(), s.m().generate(), "generateID", 0, step);
-     }},
+     [](State & s, In &) { expectId(s.g().generateID(), s.m().generate(), "generateID", 0); }},
     {"generateID(requested)",
-     [](State & s, In & in, int step) {
+     [](State & s, In & in) {
          int const id = consumeId(in);
-         expectId(s.g().generateID(id), s.m().generate(id), "generateID", id, step);
+         expectId(s.g().generateID(id), s.m().generate(id), "generateID", id);
      }},
     {"freeID",
-     [](State & s, In & in, int step) {
+     [](State & s, In & in) {
          int const id = consumeId(in);
-         expectId(s.g().freeID(id), s.m().free(id), "freeID", id, step);
+         expectId(s.g().freeID(id), s.m().free(id), "freeID", id);
      }},
     {"operator=",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.g() = s.generators[s.other];
          s.m() = s.models[s.other];
      }},
     {"copy construction",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          IDGenerator copy(s.generators[s.other]);
          s.g() = copy; // the copy dies here: g must not share its ranges
          s.m() = s.models[s.other];
      }},
     {"self-assignment",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          IDGenerator & self = s.g();
          s.g() = self;
      }},
     {"clear",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.g().clear();
          s.m() = Model();
      }},

@@ -4,7 +4,7 @@
 // arrays; the model keeps the objects in order of addition. After every operation each array is
 // compared with its model: the count, every position, and findKey over all key values, those
 // beyond the table and negative ones included.
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/KDRKeyArray.h"
 
@@ -49,18 +49,18 @@ bool modelRemove(Model & m, KDRKey * object) {
     return false;
 }
 
-void checkSame(KDRKeyArray const & a, Model const & m, int step) {
-    FUZZ_CHECK(a.getNumKeys() == static_cast<int>(m.size()), "step %d: getNumKeys %d, expected %zu",
-               step, a.getNumKeys(), m.size());
+void checkSame(KDRKeyArray const & a, Model const & m) {
+    FUZZ_CHECK(a.getNumKeys() == static_cast<int>(m.size()), "getNumKeys %d, expected %zu",
+               a.getNumKeys(), m.size());
     for (int i = -2; i < static_cast<int>(m.size()) + 2; ++i) {
         KDRKey * const expected =
             i >= 0 && i < static_cast<int>(m.size()) ? m[static_cast<std::size_t>(i)] : nullptr;
-        FUZZ_CHECK(a.getKey(i) == expected, "step %d: getKey(%d)", step, i);
+        FUZZ_CHECK(a.getKey(i) == expected, "getKey(%d)", i);
     }
     for (int key = -3; key <= MAX_KEY + 3; ++key)
-        FUZZ_CHECK(a.findKey(key) == modelFind(m, key), "step %d: findKey(%d)", step, key);
+        FUZZ_CHECK(a.findKey(key) == modelFind(m, key), "findKey(%d)", key);
     FUZZ_CHECK(a.findKey(1 << 30) == nullptr && a.findKey(-(1 << 30)) == nullptr,
-               "step %d: findKey far out", step);
+               "findKey far out");
 }
 
 struct State {
@@ -75,53 +75,51 @@ struct State {
         std::size_t const pick = in.ConsumeIntegralInRange<std::size_t>(0, pool.size());
         return pick == pool.size() ? nullptr : &pool[pick];
     }
-    void check(char const *, int step) const {
-        checkSame(arrays[0], models[0], step);
-        checkSame(arrays[1], models[1], step);
+    void check() const {
+        checkSame(arrays[0], models[0]);
+        checkSame(arrays[1], models[1]);
     }
 };
 
 using In = FuzzedDataProvider;
 
 fuzz::Operation<State> const OPS[] = {
-    {"switch arrays", [](State & s, In &, int) { s.which = 1 - s.which; }},
+    {"switch arrays", [](State & s, In &) { s.which = 1 - s.which; }},
     {"addKey",
-     [](State & s, In & in, int step) {
+     [](State & s, In & in) {
          KDRKey * const object = s.consumeObject(in);
          bool const expected = modelAdd(s.m(), object);
-         FUZZ_CHECK(s.a().addKey(object) == expected, "step %d: addKey should be %d", step,
-                    expected);
+         FUZZ_CHECK(s.a().addKey(object) == expected, "addKey should be %d", expected);
      }},
     {"removeKey",
-     [](State & s, In & in, int step) {
+     [](State & s, In & in) {
          KDRKey * const object = s.consumeObject(in);
          bool const expected = modelRemove(s.m(), object);
-         FUZZ_CHECK(s.a().removeKey(object) == expected, "step %d: removeKey should be %d", step,
-                    expected);
+         FUZZ_CHECK(s.a().removeKey(object) == expected, "removeKey should be %d", expected);
      }},
     {"swap",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a().swap(s.arrays[1 - s.which]);
          std::swap(s.m(), s.models[1 - s.which]);
      }},
     {"operator=",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a() = s.arrays[1 - s.which];
          s.m() = s.models[1 - s.which];
      }},
     {"copy construction", // copies, as operator= does
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          KDRKeyArray copy(s.arrays[1 - s.which]);
          s.a().swap(copy);
          s.m() = s.models[1 - s.which];
      }},
     {"self-assignment",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          KDRKeyArray & self = s.a();
          s.a() = self;
      }},
     {"clear",
-     [](State & s, In &, int) {
+     [](State & s, In &) {
          s.a().clear();
          s.m().clear();
      }},

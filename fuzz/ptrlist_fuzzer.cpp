@@ -7,7 +7,7 @@
 // model: size, cursor position and data, both ends, every element in order and, in the doubly
 // linked list, every m_prev link. The data pointers are fake (small integers): the lists must
 // never look into them, and AddressSanitizer would see it if they did.
-#include "ModelRunner.h"
+#include "Fuzz.h"
 
 #include "kdrcore/containers/KDRPtrList.h"
 
@@ -47,49 +47,26 @@ struct Model {
         data.clear();
         cursor = -1;
     }
-    bool removeFirst() {
-        if (data.empty())
-            return false;
-        data.erase(data.begin());
-        if (data.empty())
-            cursor = -1;
-        else if (cursor > 0)
-            --cursor;
-        return true;
-    }
-    bool removeLast() {
-        if (data.empty())
-            return false;
-        data.pop_back();
-        cursor = data.empty() ? -1 : size() - 1;
-        return true;
-    }
+    // The cursor goes to the element before the removed one; removing the first keeps it on the
+    // same element, or on the new first one.
     bool removeAt(int position) {
-        if (position == 0)
-            return removeFirst();
-        if (position == size() - 1)
-            return removeLast();
         if (position < 0 || position >= size())
             return false;
         data.erase(data.begin() + position);
-        cursor = position - 1;
+        cursor = data.empty() ? -1 : position == 0 ? std::max(cursor - 1, 0) : position - 1;
         return true;
     }
+    // The element holding p: the first one, else the last one, else the first in between; when
+    // none holds it the cursor goes to the end.
     bool removeData(void * p) {
         if (p == nullptr || data.empty())
             return false;
-        if (first() == p)
-            return removeFirst();
-        if (last() == p)
-            return removeLast();
-        for (int i = 1; i < size(); ++i)
-            if (at(i) == p) {
-                data.erase(data.begin() + i);
-                cursor = i - 1;
-                return true;
-            }
-        cursor = size() - 1;
-        return false;
+        int const i = last() == p && first() != p
+                          ? size() - 1
+                          : static_cast<int>(std::find(data.begin(), data.end(), p) - data.begin());
+        if (i == size())
+            cursor = size() - 1;
+        return removeAt(i);
     }
     // position size(): the singly linked list puts the cursor on the new element, the doubly
     // linked one appends and keeps it.
@@ -164,52 +141,23 @@ bool modelRemoveRange(Model & m, int from, int to) {
     return true;
 }
 
-template <class List, class Element> Element * firstElement(List & list, Model const & m) {
-    // getElement moves the cursor: put it back where the model has it.
-    Element * e = list.getElement(0);
+// Size, ends, cursor and every element in order, with its m_prev link in the doubly linked list.
+template <class List> void checkSame(List & list, Model const & m) {
+    FUZZ_CHECK(list.size() == m.size() && list.isEmpty() == m.data.empty() &&
+               list.getCurrentPosition() == m.cursor && list.getFirstData() == m.first() &&
+               list.getLastData() == m.last() &&
+               list.getCurrentData() == (m.cursor < 0 ? nullptr : m.at(m.cursor)));
+    auto * e = list.getElement(0); // moves the cursor: put it back where the model has it
     if (m.cursor >= 0)
         list.goToPosition(m.cursor);
-    return e;
-}
-
-void checkLinks(KDRPtrList & list, Model const & m, int step) {
-    s_KDRPtrListElement * e = firstElement<KDRPtrList, s_KDRPtrListElement>(list, m);
-    for (int i = 0; i < m.size(); ++i, e = e->m_next) {
-        FUZZ_CHECK(e != nullptr, "step %d: singly linked list ends at %d of %d", step, i, m.size());
-        FUZZ_CHECK(e->m_data == m.at(i), "step %d: element %d holds %d, expected %d", step, i,
-                   keyOf(e->m_data), keyOf(m.at(i)));
-    }
-    FUZZ_CHECK(m.size() == 0 || e == nullptr, "step %d: singly linked list longer than %d", step,
-               m.size());
-}
-
-void checkLinks(KDRPtrDList & list, Model const & m, int step) {
-    s_KDRPtrDListElement * e = firstElement<KDRPtrDList, s_KDRPtrDListElement>(list, m);
-    s_KDRPtrDListElement * prev = nullptr;
+    decltype(e) prev = nullptr;
     for (int i = 0; i < m.size(); ++i, prev = e, e = e->m_next) {
-        FUZZ_CHECK(e != nullptr, "step %d: doubly linked list ends at %d of %d", step, i, m.size());
-        FUZZ_CHECK(e->m_prev == prev, "step %d: m_prev of element %d is wrong", step, i);
-        FUZZ_CHECK(e->m_data == m.at(i), "step %d: element %d holds %d, expected %d", step, i,
-                   keyOf(e->m_data), keyOf(m.at(i)));
+        FUZZ_CHECK(e != nullptr && e->m_data == m.at(i), "element %d", i);
+        if constexpr (requires { e->m_prev; })
+            FUZZ_CHECK(e->m_prev == prev, "element %d", i);
     }
-    FUZZ_CHECK(m.size() == 0 || e == nullptr, "step %d: doubly linked list longer than %d", step,
-               m.size());
-}
-
-template <class List> void checkSame(List & list, Model const & m, char const * name, int step) {
-    FUZZ_CHECK(list.size() == m.size(), "step %d: %s size %d, expected %d", step, name, list.size(),
-               m.size());
-    FUZZ_CHECK(list.isEmpty() == m.data.empty(), "step %d: %s isEmpty", step, name);
-    FUZZ_CHECK(list.getCurrentPosition() == m.cursor, "step %d: %s cursor at %d, expected %d", step,
-               name, list.getCurrentPosition(), m.cursor);
-    FUZZ_CHECK(list.getFirstData() == m.first(), "step %d: %s getFirstData", step, name);
-    FUZZ_CHECK(list.getLastData() == m.last(), "step %d: %s getLastData", step, name);
-    FUZZ_CHECK(list.getCurrentData() == (m.cursor < 0 ? nullptr : m.at(m.cursor)),
-               "step %d: %s getCurrentData %d, expected the data at %d", step, name,
-               keyOf(list.getCurrentData()), m.cursor);
-    checkLinks(list, m, step);
-    FUZZ_CHECK(list.getCurrentPosition() == m.cursor, "step %d: %s cursor moved by the check", step,
-               name);
+    FUZZ_CHECK(m.size() == 0 || e == nullptr);
+    FUZZ_CHECK(list.getCurrentPosition() == m.cursor);
 }
 
 using In = FuzzedDataProvider;
@@ -224,31 +172,26 @@ struct State {
     Side<KDRPtrDList> twin;
     int which = 0; // the list the operation works on; the other is the source of copies
 
-    void check(char const * op, int step) {
+    void check() {
         for (int k = 0; k < 2; ++k) {
-            checkSame(single.lists[k], single.models[k], op, step);
-            checkSame(twin.lists[k], twin.models[k], op, step);
+            checkSame(single.lists[k], single.models[k]);
+            checkSame(twin.lists[k], twin.models[k]);
         }
     }
 };
 
-void expect(bool got, bool expected, char const * what, int arg, int step) {
-    FUZZ_CHECK(got == expected, "step %d: %s(%d) gave %d", step, what, arg, got);
-}
-
 // The operation F on the chosen list of both kinds, each decoding the same argument bytes.
 template <auto const & F, class List>
-void onSide(Side<List> & side, std::vector<std::uint8_t> const & bytes, int which, bool doubly,
-            int step) {
+void onSide(Side<List> & side, std::vector<std::uint8_t> const & bytes, int which, bool doubly) {
     In args(bytes.data(), bytes.size());
     F(side.lists[which], side.models[which], side.lists[1 - which], side.models[1 - which], args,
-      doubly, step);
+      doubly);
 }
 
-template <auto const & F> void both(State & s, In & in, int step) {
+template <auto const & F> void both(State & s, In & in) {
     std::vector<std::uint8_t> const bytes = in.ConsumeBytes<std::uint8_t>(4);
-    onSide<F>(s.single, bytes, s.which, false, step);
-    onSide<F>(s.twin, bytes, s.which, true, step);
+    onSide<F>(s.single, bytes, s.which, false);
+    onSide<F>(s.twin, bytes, s.which, true);
 }
 
 void * consumeData(In & a) {
@@ -261,86 +204,84 @@ int consumePosition(In & a, Model const & m) {
 // clang-format off
 #define OPERATION [](auto & list, Model & m, [[maybe_unused]] auto & other,                 \
                            [[maybe_unused]] Model & mo, [[maybe_unused]] In & a,                   \
-                           [[maybe_unused]] bool doubly, [[maybe_unused]] int step)
+                           [[maybe_unused]] bool doubly)
 // clang-format on
 
 auto const prepend = OPERATION {
     void * const p = consumeData(a);
-    expect(list.prepend(p), true, "prepend", keyOf(p), step);
+    FUZZ_CHECK(list.prepend(p));
     m.prepend(p);
 };
 auto const append = OPERATION {
     void * const p = consumeData(a);
-    expect(list.append(p), true, "append", keyOf(p), step);
+    FUZZ_CHECK(list.append(p));
     m.append(p);
 };
 auto const insert = OPERATION {
     void * const p = consumeData(a);
     int const position = consumePosition(a, m);
-    expect(list.insert(p, position), m.insert(p, position, doubly), "insert", position, step);
+    FUZZ_CHECK(list.insert(p, position) == m.insert(p, position, doubly));
 };
 auto const goToStart = OPERATION {
-    expect(list.goToStart(), m.size() > 0, "goToStart", 0, step);
+    FUZZ_CHECK(list.goToStart() == (m.size() > 0));
     m.cursor = m.size() > 0 ? 0 : m.cursor;
 };
 auto const goToEnd = OPERATION {
-    expect(list.goToEnd(), m.size() > 0, "goToEnd", 0, step);
+    FUZZ_CHECK(list.goToEnd() == (m.size() > 0));
     m.cursor = m.size() > 0 ? m.size() - 1 : m.cursor;
 };
 auto const goToNext = OPERATION {
     bool const moves = m.cursor >= 0 && m.cursor + 1 < m.size();
-    expect(list.goToNext(), moves, "goToNext", 0, step);
+    FUZZ_CHECK(list.goToNext() == moves);
     m.cursor += moves ? 1 : 0;
 };
 auto const goToData = OPERATION {
     void * const p = consumeData(a);
     auto const it = std::find(m.data.begin(), m.data.end(), p);
     bool const found = p != nullptr && it != m.data.end();
-    expect(list.goToData(p), found, "goToData", keyOf(p), step);
+    FUZZ_CHECK(list.goToData(p) == found);
     m.cursor = found ? static_cast<int>(it - m.data.begin()) : m.cursor;
 };
 // goToPosition, getData and getElement: each moves the cursor to a position inside the list.
 auto const goToPosition = OPERATION {
     int const position = consumePosition(a, m);
     bool const inside = position >= 0 && position < m.size();
-    expect(list.goToPosition(position), inside, "goToPosition", position, step);
+    FUZZ_CHECK(list.goToPosition(position) == inside);
     m.cursor = inside ? position : m.cursor;
 };
 auto const getData = OPERATION {
     int const position = consumePosition(a, m);
     bool const inside = position >= 0 && position < m.size();
-    expect(list.getData(position) == (inside ? m.at(position) : nullptr), true, "getData", position,
-           step);
+    FUZZ_CHECK(list.getData(position) == (inside ? m.at(position) : nullptr));
     m.cursor = inside ? position : m.cursor;
 };
 auto const getElement = OPERATION {
     int const position = consumePosition(a, m);
     bool const inside = position >= 0 && position < m.size();
     auto * const e = list.getElement(position);
-    expect(e != nullptr && (!inside || e->m_data == m.at(position)), inside, "getElement", position,
-           step);
+    FUZZ_CHECK((e != nullptr && (!inside || e->m_data == m.at(position))) == inside);
     m.cursor = inside ? position : m.cursor;
 };
 auto const removeFirstData = OPERATION {
-    expect(list.removeFirstData(), m.removeFirst(), "removeFirstData", 0, step);
+    FUZZ_CHECK(list.removeFirstData() == m.removeAt(0));
 };
 auto const removeLastData = OPERATION {
-    expect(list.removeLastData(), m.removeLast(), "removeLastData", 0, step);
+    FUZZ_CHECK(list.removeLastData() == m.removeAt(m.size() - 1));
 };
 auto const removeAt = OPERATION {
     int const position = consumePosition(a, m);
-    expect(list.removeData(position), m.removeAt(position), "removeData", position, step);
+    FUZZ_CHECK(list.removeData(position) == m.removeAt(position));
 };
 auto const removeData = OPERATION {
     void * const p = consumeData(a);
-    expect(list.removeData(p), m.removeData(p), "removeData(data)", keyOf(p), step);
+    FUZZ_CHECK(list.removeData(p) == m.removeData(p));
 };
 auto const removeAll = OPERATION {
-    expect(list.removeAll(a.ConsumeBool()), m.size() > 0, "removeAll", 0, step);
+    FUZZ_CHECK(list.removeAll(a.ConsumeBool()) == (m.size() > 0));
     m.clearAll();
 };
 auto const reverseList = OPERATION {
-    expect(list.reverseList(), m.size() >= 2, "reverseList", 0, step);
+    FUZZ_CHECK(list.reverseList() == (m.size() >= 2));
     if (m.size() >= 2) {
         std::reverse(m.data.begin(), m.data.end());
         m.cursor = 0;
@@ -364,37 +305,34 @@ auto const copy = OPERATION {
     m.cursor = m.data.empty() ? -1 : 0;
 };
 
-void insertSorted(State & s, In & in, int step) {
+void insertSorted(State & s, In & in) {
     Model & m = s.single.models[s.which];
     void * const p = consumeData(in);
     g_inserting = p;
     g_compareCalls = 0;
     int const expected = modelInsertSorted(m, p);
     int const got = s.single.lists[s.which].insertSorted(p, compareKeys);
-    FUZZ_CHECK(got == expected, "step %d: insertSorted(%d) gave %d, expected %d", step, keyOf(p),
-               got, expected);
-    FUZZ_CHECK(p != nullptr || g_compareCalls == 0, "step %d: insertSorted(null) called compare",
-               step);
+    FUZZ_CHECK(got == expected, "insertSorted(%d) gave %d, expected %d", keyOf(p), got, expected);
+    FUZZ_CHECK(p != nullptr || g_compareCalls == 0);
 }
 
-void removeRange(State & s, In & in, int step) {
+void removeRange(State & s, In & in) {
     Model & m = s.single.models[s.which];
     int const from = in.ConsumeIntegralInRange(-1, m.size() + 1);
     int const to = in.ConsumeIntegralInRange(-1, m.size() + 1);
     bool const expected = modelRemoveRange(m, from, to);
-    FUZZ_CHECK(s.single.lists[s.which].removeRange(from, to) == expected,
-               "step %d: removeRange(%d, %d) should be %d", step, from, to, expected);
+    FUZZ_CHECK(s.single.lists[s.which].removeRange(from, to) == expected, "(%d, %d)", from, to);
 }
 
-void goToPrev(State & s, In &, int step) {
+void goToPrev(State & s, In &) {
     Model & m = s.twin.models[s.which];
     bool const moves = m.cursor > 0;
-    FUZZ_CHECK(s.twin.lists[s.which].goToPrev() == moves, "step %d: goToPrev", step);
+    FUZZ_CHECK(s.twin.lists[s.which].goToPrev() == moves);
     m.cursor -= moves ? 1 : 0;
 }
 
 fuzz::Operation<State> const OPS[] = {
-    {"switch lists", [](State & s, In &, int) { s.which = 1 - s.which; }},
+    {"switch lists", [](State & s, In &) { s.which = 1 - s.which; }},
     {"prepend", both<prepend>},
     {"append", both<append>},
     {"insert", both<insert>},

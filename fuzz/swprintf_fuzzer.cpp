@@ -9,7 +9,7 @@
 // same units, and their flags are the ones C defines for them ('-'). What differs by design
 // (text beyond ASCII, %p, a null %s, unknown directives) is in the unit test. The buffer is filled
 // with a sentinel: nothing may be written behind the terminator.
-#include "FuzzCheck.h"
+#include "Fuzz.h"
 
 #include "kdrcore/runtime/KDRString.h"
 
@@ -18,7 +18,6 @@
 #include <fuzzer/FuzzedDataProvider.h>
 #include <iterator>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 // The directives printed by snprintf are built at run time, as the formatter's own are.
@@ -46,19 +45,6 @@ struct Value {
     void const * narrow = nullptr;
 };
 
-template <class T> T as(Value const & v, bool narrow) {
-    if constexpr (std::is_same_v<T, int>)
-        return static_cast<int>(v.i);
-    else if constexpr (std::is_same_v<T, long long>)
-        return v.i;
-    else if constexpr (std::is_same_v<T, double>)
-        return v.d;
-    else if constexpr (std::is_same_v<T, long double>)
-        return static_cast<long double>(v.d);
-    else
-        return narrow ? v.narrow : v.p;
-}
-
 // Passes each argument with the type of its class, then calls `print` with them all (MAX at
 // most).
 template <std::size_t MAX, class Print, class... A>
@@ -71,15 +57,16 @@ int call(Print print, std::vector<Value> const & args, std::size_t next, bool na
         Value const & v = args[next];
         switch (v.kind) {
         case Arg::Int:
-            return call<MAX>(print, args, next + 1, narrow, passed..., as<int>(v, narrow));
+            return call<MAX>(print, args, next + 1, narrow, passed..., static_cast<int>(v.i));
         case Arg::Long:
-            return call<MAX>(print, args, next + 1, narrow, passed..., as<long long>(v, narrow));
+            return call<MAX>(print, args, next + 1, narrow, passed..., v.i);
         case Arg::Double:
-            return call<MAX>(print, args, next + 1, narrow, passed..., as<double>(v, narrow));
+            return call<MAX>(print, args, next + 1, narrow, passed..., v.d);
         case Arg::LongDouble:
-            return call<MAX>(print, args, next + 1, narrow, passed..., as<long double>(v, narrow));
+            return call<MAX>(print, args, next + 1, narrow, passed...,
+                             static_cast<long double>(v.d));
         default:
-            return call<MAX>(print, args, next + 1, narrow, passed..., as<void const *>(v, narrow));
+            return call<MAX>(print, args, next + 1, narrow, passed..., narrow ? v.narrow : v.p);
         }
     }
 }
