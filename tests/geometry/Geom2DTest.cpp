@@ -29,11 +29,12 @@ TEST(Inter2d, LinesAndSegmentsWithParameters) {
     EXPECT_EQ(inter2dSegmentSegment(out, t1, t2, o, d1, o3, d2), NO);
     EXPECT_TRUE(t1 == 1.25f && out[0] == 2.5f); // written for a miss as well
     // The side test against (0, 0)-(1, 0): collinear segments always touch, and so does an end
-    // on the line, first or second.
-    float const q[5][4] = {
-        {2, 0, 3, 0}, {0.5f, 0, 0.5f, 1}, {0.5f, 1, 0.5f, 0}, {0.5f, 0.1f, 0.5f, 1}, {2, -1, 2, 1}};
-    _e_geomInfo const expected[5] = {YES, YES, YES, NO, NO};
-    for (int i = 0; i < 5; ++i)
+    // on the line, first or second, the other end above or below.
+    float const q[7][4] = {{2, 0, 3, 0},        {0.5f, 0, 0.5f, 1},  {0.5f, 1, 0.5f, 0},
+                           {0.5f, 0, 0.5f, -1}, {0.5f, -1, 0.5f, 0}, {0.5f, 0.1f, 0.5f, 1},
+                           {2, -1, 2, 1}};
+    _e_geomInfo const expected[7] = {YES, YES, YES, YES, YES, NO, NO};
+    for (int i = 0; i < 7; ++i)
         EXPECT_EQ(inter2dSegmentSegment(o, ex, q[i], q[i] + 2), expected[i]) << "case " << i;
 }
 

@@ -50,6 +50,8 @@ TEST(InterLineLine, ParallelSkewAndTheDominantAxis) {
     EXPECT_TRUE(elems(hit(L(O, X), L(V(2, -3, 0.00005f), Y)), {YES, 2, 3, 2, 0, 0}));
     // Skew, c = (-S, 0, -S): z goes before x on the tie (x would give t2 = sqrt(2)).
     EXPECT_EQ(hit(L(O, Y), L(V(0, 2, 1), V(S, 0, -S)))[2], 0.0);
+    // c = (0, -1, 0): solved across y. (5, 0, 0) and (2, 1, -3) + 3 (1, 0, 1) are 1 apart.
+    EXPECT_TRUE(elems(hit(L(O, X), L(V(2, 1, -3), V(1, 0, 1))), {NO, 5, 3, 5, 0, 0}));
     // Coplanar lines are solved in x and y only: parallel there, not in space.
     V out;
     float t = 0;

@@ -66,10 +66,10 @@ TEST_F(LUDecompTest, DiagonalTestsOfTheEliminationAndBothBackSubstitutions) {
     EXPECT_FALSE(ok);
 
     // Points: a last diagonal of 1e-7 is accepted, an exact 0 refused at once (all zero); 1e-7
-    // higher up fails with the rows below solved and the rest zero.
+    // higher up fails with the rows below solved and the rest zero, exactly 1e-4 passes.
     const _POINT3D rhs[2] = {{1, 2, 3}, {4, 8, 12}};
     double const lastSmall[4] = {2, 1, 0, 1e-7}, lastZero[4] = {2, 1, 0, 0},
-                 upperSmall[4] = {1e-7, 1, 0, 2};
+                 upperSmall[4] = {1e-7, 1, 0, 2}, upperAtLimit[4] = {1e-4, 1, 0, 2};
     _POINT3D * p = LUDecomp::Resoud_Pmatrice(lastSmall, rhs, 2, &ok);
     EXPECT_TRUE(ok && p[1].y == static_cast<float>(8.0 * (1.0 / 1e-7)));
     EXPECT_EQ(p[0].y, static_cast<float>((2.0 - double(p[1].y)) * (1.0 / 2.0)));
@@ -80,6 +80,8 @@ TEST_F(LUDecompTest, DiagonalTestsOfTheEliminationAndBothBackSubstitutions) {
     p = LUDecomp::Resoud_Pmatrice(upperSmall, rhs, 2, &ok);
     EXPECT_TRUE(!ok && p[1].x == 2.0f && p[1].z == 6.0f && p[0].x == 0.0f && p[0].y == 0.0f);
     std::free(p);
+    std::free(LUDecomp::Resoud_Pmatrice(upperAtLimit, rhs, 2, &ok));
+    EXPECT_TRUE(ok);
     EXPECT_EQ(LUDecomp::Resoud_Pmatrice(lastZero, rhs, 0, &ok), nullptr);
 
     const _POINT3D q = {1.0f, 3.0f, -6.0f}, r = Div3D(&q, 3.0);
