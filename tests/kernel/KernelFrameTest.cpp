@@ -42,12 +42,15 @@ TEST(KernelFrameOps, SimplestOperationsWriteWhatTheySay) {
     EXPECT_TRUE(kernel().det3(a, b, c) == -3.0 && kernel().det3(a, b, a) == 0.0);
     EXPECT_EQ(kernel().dot3(a, b), 32.0f);
 
-    // getMat4fCopy, setIdentity and setZero are exact results of the kernel fuzz target.
+    // setIdentity and setZero are exact results of the kernel fuzz target.
     float m[16], src[16], v[3];
     for (int i = 0; i < 16; ++i)
         src[i] = static_cast<float>(i) - 4.5f;
+    std::vector<double> const want(src, src + 16);
+    float * copy = kernel().getMat4fCopy(src);
     kernel().copyMat4fTo(m, src);
-    EXPECT_TRUE(elems(m, std::vector<double>(src, src + 16)));
+    EXPECT_TRUE(elems(copy, want) && elems(m, want));
+    delete[] copy;
     kernel().cross(v, a, b); // (2*6 - 3*5, 3*4 - 1*6, 1*5 - 2*4)
     EXPECT_TRUE(elems(v, {-3, 6, -3}));
     kernel().copyVec3fTo(v, a);

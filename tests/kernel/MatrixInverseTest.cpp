@@ -55,6 +55,8 @@ TEST(MatrixInverse, CheapInversesOfKnownForms) {
     EXPECT_TRUE(kernel().inverseScale(d, s) && kernel().inverseScale(m));
     EXPECT_TRUE(elems(d, {0.5, 0, 0, 0, 0, 0.25, 0, 0, 0, 0, 0x1p100, 0, 0, 0, 0, 1}));
     EXPECT_TRUE(elems(m, {0.5, 0, 0, 0, 0, 0.25, 0, 0, 0, 0, 0x1p100, 0, 1, 2, 3, 1}));
+    m[5] = 0.0f; // only an exact zero refuses, in both forms
+    EXPECT_FALSE(kernel().inverseScale(m) || kernel().inverseScale(d, m));
 
     // A quarter turn about z with translation (1, 2, 3).
     float const rt[16] = {0, 1, 0, 0, -1, 0, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1};

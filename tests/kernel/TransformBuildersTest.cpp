@@ -24,7 +24,11 @@ TEST(TransformBuilders, BuildersWorkedValues) {
         kernel().setProjection(m.data(), n, -2.0f * n[2], dir);
         EXPECT_EQ(m, (FMat{1, 0, 0, 0, 0, 1, 0, 0, -0.5f, 0, 0, 0, 1, 0, 2, 1})) << n[2];
     }
-    float const zero[3] = {0, 0, 0};
+    // A dir parallel to the plane, or a zero normal, has no projection: dst keeps what it held.
+    float const inPlane[3] = {1.0f, -1.0f, 0.0f}, zero[3] = {0, 0, 0};
+    kernel().setProjection(m.data(), unitNormal, -2.0f, inPlane);
+    kernel().setProjection(m.data(), zero, -2.0f, dir);
+    EXPECT_EQ(m, (FMat{1, 0, 0, 0, 0, 1, 0, 0, -0.5f, 0, 0, 0, 1, 0, 2, 1}));
     kernel().setRotate(m.data(), zero, 1.0f); // no axis: the identity
     EXPECT_EQ(m, toFloats(diagonal(1, 1, 1)));
 }
