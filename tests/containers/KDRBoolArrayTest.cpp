@@ -40,19 +40,6 @@ TEST(KDRBoolArray, StorageIsExactAndGuarded) {
     EXPECT_TRUE(p.size() == 0 && p.capacity() == 24);
 }
 
-TEST(KDRBoolArray, AutoResizeReachesIndexZeroAndSkipsNegatives) {
-    // Index 0 is the first bit: an empty array grows to size 1. A negative index does nothing.
-    KDRBoolArray a;
-    a.setAutoResize(-1);
-    EXPECT_EQ(a.size(), 0);
-    a.setAutoResize(0);
-    EXPECT_TRUE(a.size() == 1 && a.get(0));
-    a.toggleAutoResize(0);
-    EXPECT_FALSE(a.get(0));
-    a.clearAutoResize(-3);
-    EXPECT_EQ(a.size(), 1);
-}
-
 TEST(KDRBoolArray, LongUnionAndExclusiveOrAtEveryLevel) {
     // Long enough for the whole-word and vector loops, at an odd size so a partial byte follows.
     // Multiples of 3 against multiples of 5: the union holds either, the exclusive or one alone.

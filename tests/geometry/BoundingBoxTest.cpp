@@ -79,6 +79,7 @@ TEST(BoundingBoxAlgo, TransformBBoxBoundsTheEightCornersAndItsDistances) {
     EXPECT_EQ(BoundingBoxAlgo::BBox3DDistance2(c, MatAff4f::identity(), {1, 1, 3}), 3.0f);
     EXPECT_EQ(BoundingBoxAlgo::BBox3DDistance2(c, MatAff4f::identity(), {2, 1, 1}), 0.0f);
     EXPECT_EQ(BoundingBoxAlgo::BBox3DDistance2(c, shift, {13, 0.5f, 1}), 2.25f); // 1 + 0.25 + 1
+    EXPECT_EQ(BoundingBoxAlgo::BBox3DDistance2(c, shift, {9, 1, 1}), 3.0f); // the low face in x
     EXPECT_EQ(BoundingBoxAlgo::QuadDistance2(O, X, {1, 1, 0}, Y, shift, {11, 1, 0}), 0.0f);
     EXPECT_EQ(BoundingBoxAlgo::QuadDistance2(O, X, {1, 1, 0}, Y, shift, {13, 3, 1}), 9.0f);
 }

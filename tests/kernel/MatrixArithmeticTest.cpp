@@ -1,5 +1,6 @@
-// Plain 4x4 arithmetic of the default kernel: products, determinants, the affine family, which
-// elements each operation writes and where dst may be an input.
+// Plain 4x4 arithmetic of the default kernel: worked values of the products, determinants and the
+// affine family. Which elements each operation writes and where dst may be an input is the kernel
+// fuzz target's check.
 #include "support/TestSupport.h"
 
 using namespace kdrtest;
@@ -99,9 +100,8 @@ TEST(MatrixArithmetic, AffineOperationsIgnoreTheBottomRowAndWriteTheirElementsOn
     // A quarter turn about z with translation (1, 2, 3); bottom rows hold garbage.
     float const a[16] = {0, 1, 0, NAN, -1, 0, 0, NAN, 0, 0, 1, NAN, 1, 2, 3, NAN};
     float const b[16] = {2, 0, 0, 7, 0, 2, 0, 7, 0, 0, 2, 7, 4, 5, 6, 7};
-    float d[16], t[16], o[16], g[16], u[16];
-    for (int i = 0; i < 16; ++i)
-        d[i] = t[i] = o[i] = S, g[i] = static_cast<float>(i);
+    float d[16], t[16], o[16];
+    std::fill(t, t + 16, S), std::fill(o, o + 16, S);
     kernel().multAffineMatrices(d, a, b); // a after scaling by 2 and moving by (4, 5, 6)
     EXPECT_TRUE(elems(d, {0, 2, 0, 0, -2, 0, 0, 0, 0, 0, 2, 0, -4, 6, 9, 1}));
     kernel().transposeAffine(t, a);
@@ -109,9 +109,6 @@ TEST(MatrixArithmetic, AffineOperationsIgnoreTheBottomRowAndWriteTheirElementsOn
     float const col[3] = {1, 2, 3}, row[3] = {4, 5, 6};
     kernel().multAffineColRow(o, col, row);
     EXPECT_TRUE(elems(o, {4, 8, 12, 0, 5, 10, 15, 0, 6, 12, 18, 0, S, S, S, S}));
-    kernel().transpose(u, g);
-    for (int i = 0; i < 16; ++i)
-        EXPECT_EQ(u[i], static_cast<float>(4 * (i % 4) + i / 4)) << i;
 }
 
 TEST(MatrixArithmetic, Determinants) {

