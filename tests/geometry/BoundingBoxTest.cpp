@@ -60,6 +60,8 @@ TEST(InterLineBoundingBox, SlabsEntryFaceTiesAndMisses) {
         elems(clip({-3, 0.5f, 0.5f}, {1, 1, 0}), {0, 0, 0, -1, 0, 0})); // a miss keeps its face
     EXPECT_TRUE(elems(clip({0, 0.5f, 0.5f}, X, box({0, 0, 0}, {5e-8f, 1, 1})),
                       {0, 0, 5e-8f})); // < BOX_TOLERANCE
+    EXPECT_TRUE(elems(clip({0, 0.5f, 0.5f}, X, box({0, 0, 0}, {BOX_TOLERANCE, 1, 1})),
+                      {1, 0, BOX_TOLERANCE})); // = BOX_TOLERANCE
     // The form without faces: a zero direction that no slab limits.
     interLineBoundingBox(tMin, tMax, KDRLine({5, 5, 5}, {0, 0, 0}, true), unit);
     EXPECT_TRUE(tMin == FLOAT_LOWEST && tMax == FLOAT_MAX);

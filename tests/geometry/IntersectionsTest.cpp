@@ -52,6 +52,9 @@ TEST(InterLineLine, ParallelSkewAndTheDominantAxis) {
     EXPECT_EQ(hit(L(O, Y), L(V(0, 2, 1), V(S, 0, -S)))[2], 0.0);
     // c = (0, -1, 0): solved across y. (5, 0, 0) and (2, 1, -3) + 3 (1, 0, 1) are 1 apart.
     EXPECT_TRUE(elems(hit(L(O, X), L(V(2, 1, -3), V(1, 0, 1))), {NO, 5, 3, 5, 0, 0}));
+    // c = (1.5, 0, 0): solved across x. (0, 2, 2) + 2 (0, 1, 0.5) = (0, 2.5, 0) + 1.5 (0, 1, 2).
+    EXPECT_TRUE(elems(hit(L(V(0, 2, 2), V(0, 1, 0.5f)), L(V(0, 2.5f, 0), V(0, 1, 2))),
+                      {YES, 2, 1.5, 0, 4, 3}, 1e-6));
     // Coplanar lines are solved in x and y only: parallel there, not in space.
     V out;
     float t = 0;
@@ -113,11 +116,13 @@ TEST(InterLineTriangle, EdgesCountAsInsideAndAZeroDeterminantWritesOnlyInside) {
     };
     EXPECT_TRUE(elems(hit(L(Z, X), Y), {NO, 0, K, K, K, K})); // parallel
     EXPECT_TRUE(elems(hit(L(Z, Z), X), {NO, 0, K, K, K, K})); // degenerate
-    // Inside, a corner, the edge p1 p2; past that edge and the edge p0 p2. No forward direction.
-    float const xs[] = {0.25f, 1, 0.5f, 0.5f, -0.0001f}, ys[] = {0.5f, 0, 0.5f, 0.5001f, 0.5f};
-    for (int i = 0; i < 5; ++i)
+    // Inside, a corner, the edges p1 p2 and p0 p2 (u = 0); past the first and the edge p0 p2. No
+    // forward direction.
+    float const xs[] = {0.25f, 1, 0.5f, 0, 0.5f, -0.0001f},
+                ys[] = {0.5f, 0, 0.5f, 0.5f, 0.5001f, 0.5f};
+    for (int i = 0; i < 6; ++i)
         EXPECT_TRUE(elems(hit(L(V(xs[i], ys[i], -2), -Z), Y),
-                          {YES, i < 3 ? 1.0 : 0.0, xs[i], ys[i], xs[i], ys[i]}))
+                          {YES, i < 4 ? 1.0 : 0.0, xs[i], ys[i], xs[i], ys[i]}))
             << "case " << i;
 }
 

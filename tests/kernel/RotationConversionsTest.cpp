@@ -38,6 +38,10 @@ TEST(RotationConversions, MatrixToQuaternionHalfTurnsPivotAndRoundTrip) {
     float const c = -0.8660254f, tilted[16] = {0.5f, 0, c, 0, 0, -1, 0, 0, c, 0, -0.5f, 0};
     kernel().RotMatrixToQuaternion(q, tilted);
     EXPECT_TRUE(elems(q, {0, c, 0, 0.5}));
+    // Half turn about (1, 1, 0) / sqrt2: x is the pivot and y comes from m[1] + m[4].
+    float const diagonal[16] = {0, 1, 0, 0, 1, 0, 0, 0, 0, 0, -1, 0};
+    kernel().RotMatrixToQuaternion(q, diagonal);
+    EXPECT_TRUE(elems(q, {0, 0.7071068, 0.7071068, 0}, 1e-7));
     float const below[16] = {1, 0, 0, 0, 0, -1, 0, 0, 0, 0, -1.0f - 0x1p-23f}; // sum -2^-23
     kernel().RotMatrixToQuaternion(q, below);
     EXPECT_TRUE(std::isnan(q[0]) && std::isnan(q[1]) && std::isnan(q[3]));

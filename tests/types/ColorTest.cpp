@@ -61,11 +61,12 @@ TEST(Color, HSLtoRGBBordersGrayAndBothFormulas) {
         // Cyan, m1 = 0, m2 = 1. Green sits on the border 2h = 1, so the strict test sends it to
         // the falling ramp: 6 (0.6666667f - 0.5) = 1 + 2^-23. Blue: 6 (0.5 - 0.33333334f).
         {{0.5f, 1, 0.5f}, {0, 1 + 0x1p-23, 1 - 0x1p-24}, 0},
-        {{0, 0.5f, 0.25f}, {0.375, 0.125, 0.125}, 1e-6}, // L < 1/2: m2 = L (1 + S)
-        {{0, 0.5f, 0.5f}, {0.75, 0.25, 0.25}, 1e-6},     // L = 1/2: L + S - L S, the same m2
-        {{-0.5f * SIXTH, 1, 0.5f}, {1, 0, 0.5}, 1e-6},   // the negative hue converts back
+        {{0, 0.5f, 0.25f}, {0.375, 0.125, 0.125}, 1e-6},    // L < 1/2: m2 = L (1 + S)
+        {{0, 0.5f, 0.5f}, {0.75, 0.25, 0.25}, 1e-6},        // L = 1/2: L + S - L S, the same m2
+        {{0.1f, 0.5f, 0.25f}, {0.375, 0.275, 0.125}, 1e-6}, // green rises: m1 + 6 h (m2 - m1)
+        {{-0.5f * SIXTH, 1, 0.5f}, {1, 0, 0.5}, 1e-6},      // the negative hue converts back
     };
-    for (int i = 0; i < 5; ++i) {
+    for (int i = 0; i < 6; ++i) {
         float rgb[3];
         Color::HSLtoRGB(rgb, cases[i].hsl);
         EXPECT_TRUE(elems(rgb, cases[i].rgb, cases[i].tol)) << "case " << i;

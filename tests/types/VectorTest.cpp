@@ -75,9 +75,9 @@ TEST(Vector3f, CosAndAnglesClampAndHandleZero) {
 }
 
 TEST(Vector3f, OrthogonalityHelpers) {
-    // A non-unit direction is not divided by its squared length: t = 6, z = 3 - 2 * 6.
+    // A non-unit direction is not divided by its squared length: t = 10, w - 10 (2, 1, 2).
     Vector3f w(1, 2, 3);
-    EXPECT_TRUE(w.makeOrthogonalTo(Vector3f(0, 0, 2)) && elems(w, {1, 2, -9}));
+    EXPECT_TRUE(w.makeOrthogonalTo(Vector3f(2, 1, 2)) && elems(w, {-19, -8, -17}));
     // The axis furthest from v, crossed with v; ties go to x, then y.
     Vector3f const v[] = {{1, 1, 1}, {0, 0, 1}, {1, 0, 0}, {3, -2, 1}, {2, 2, 1}};
     std::vector<double> const expected[] = {
