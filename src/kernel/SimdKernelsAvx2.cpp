@@ -173,10 +173,9 @@ void multMatrixVec3fAvx2(float * dst, float const * m, float const * v) {
     double const k = 1.0 / w;
     // All of m is read now, as in the baseline. Lane 3 computes W again with the baseline's
     // operations and is cleared before the product with k, which the baseline does not form.
-    __m256d const V = widen(load3(v));
-    __m256d s = mul(loadWide4(m), lane<0>(V));
-    s = addProduct(s, loadWide4(m + 4), lane<1>(V));
-    s = addProduct(s, loadWide4(m + 8), lane<2>(V));
+    __m256d s = mul(loadWide4(m), _mm256_cvtps_pd(_mm_broadcast_ss(v)));
+    s = addProduct(s, loadWide4(m + 4), _mm256_cvtps_pd(_mm_broadcast_ss(v + 1)));
+    s = addProduct(s, loadWide4(m + 8), _mm256_cvtps_pd(_mm_broadcast_ss(v + 2)));
     s = _mm256_blend_pd(add(s, loadWide4(m + 12)), _mm256_setzero_pd(), 0x8);
     __m256d const r = mul(s, _mm256_set1_pd(k));
     // A NaN in v or in the bottom row makes W, and so every row, NaN; one elsewhere its own row.
