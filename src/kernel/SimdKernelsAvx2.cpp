@@ -10,10 +10,13 @@
 //   compiler chooses for the baseline code, differently at each optimisation level. Inputs that
 //   hold a NaN therefore go to the baseline version. The test is a quiet comparison, which
 //   raises FE_INVALID for a signalling NaN only, as the baseline's widening of that element
-//   does; where the baseline may stop before widening everything (multMatrixVec3f), it is made
-//   on the bits. Without NaN inputs every NaN is the processor's default NaN, made by an
-//   invalid operation, whichever operand it comes from and whatever the signs of the factors
-//   that made it. A subtraction may add the product of a negated factor, never a negated NaN.
+//   does. The matrix-vector products test their result instead, before storing it: a NaN in v
+//   or in the bottom row reaches every row of it, a NaN elsewhere in m its own row. They widen
+//   no element the baseline would not, and their arithmetic raises no flag the baseline's does
+//   not, so the baseline's call after it gives the baseline's bits and flags. Without NaN inputs
+//   every NaN is the processor's default NaN, made by an invalid operation, whichever operand it
+//   comes from and whatever the signs of the factors that made it. A subtraction may add the
+//   product of a negated factor, never a negated NaN.
 // - A float times a float is exact in double, so fma(a, b, s) on widened floats rounds and
 //   raises as s + a * b does, and fnmadd as s - a * b. (Whether a fused infinity times 0 plus a
 //   NaN raises FE_INVALID is the processor's choice; that NaN was made by an invalid operation
@@ -44,15 +47,6 @@ inline double wide(float v) {
 /// Whether one of the floats of x, y, z, w is a NaN.
 inline bool anyNaN(__m128 x, __m128 y, __m128 z, __m128 w) {
     return _mm_movemask_ps(_mm_or_ps(_mm_cmpunord_ps(x, y), _mm_cmpunord_ps(z, w))) != 0;
-}
-
-/// Lanes of the 16 floats at m that hold a NaN, on the bits: no floating-point operation.
-inline __m256i nanLanes(float const * m) {
-    __m256i const magnitude = _mm256_set1_epi32(0x7FFFFFFF), inf = _mm256_set1_epi32(0x7F800000);
-    __m256i const lo = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(m));
-    __m256i const hi = _mm256_loadu_si256(reinterpret_cast<__m256i const *>(m + 8));
-    return _mm256_or_si256(_mm256_cmpgt_epi32(_mm256_and_si256(lo, magnitude), inf),
-                           _mm256_cmpgt_epi32(_mm256_and_si256(hi, magnitude), inf));
 }
 
 inline __m256d widen(__m128 v) {
@@ -167,15 +161,7 @@ inline __m256d affinePoint(__m256d m0, __m256d m1, __m256d m2, __m256d m3, __m25
 
 /// m v divided by the homogeneous coordinate; 0, 0, 0 when it is exactly 0. dst may be v.
 void multMatrixVec3fAvx2(float * dst, float const * m, float const * v) {
-    // On the bits: when W is 0 the baseline widens nothing but v and the bottom row.
-    __m128 const fv = load3(v);
-    __m128i const vNaN =
-        _mm_cmpgt_epi32(_mm_and_si128(_mm_castps_si128(fv), _mm_set1_epi32(0x7FFFFFFF)),
-                        _mm_set1_epi32(0x7F800000));
-    __m256i const mNaN = nanLanes(m);
-    if (!_mm256_testz_si256(mNaN, mNaN) || !_mm_testz_si128(vNaN, vNaN))
-        return multMatrixVec3fPlain(dst, m, v);
-    // W first and alone, as the baseline: nothing else is computed when it is 0.
+    // W first and alone, as the baseline: nothing else is widened when it is 0.
     double const x = wide(v[0]), y = wide(v[1]), z = wide(v[2]);
     double const w = wide(m[3]) * x + wide(m[7]) * y + wide(m[11]) * z + wide(m[15]);
     if (w == 0.0) {
@@ -187,22 +173,28 @@ void multMatrixVec3fAvx2(float * dst, float const * m, float const * v) {
     double const k = 1.0 / w;
     // All of m is read now, as in the baseline. Lane 3 computes W again with the baseline's
     // operations and is cleared before the product with k, which the baseline does not form.
-    __m256d const V = widen(fv);
-    __m256d s = mul(loadWide4(m), lane<0>(V));
-    s = addProduct(s, loadWide4(m + 4), lane<1>(V));
-    s = addProduct(s, loadWide4(m + 8), lane<2>(V));
+    __m256d s = mul(loadWide4(m), _mm256_cvtps_pd(_mm_broadcast_ss(v)));
+    s = addProduct(s, loadWide4(m + 4), _mm256_cvtps_pd(_mm_broadcast_ss(v + 1)));
+    s = addProduct(s, loadWide4(m + 8), _mm256_cvtps_pd(_mm_broadcast_ss(v + 2)));
     s = _mm256_blend_pd(add(s, loadWide4(m + 12)), _mm256_setzero_pd(), 0x8);
-    store3(dst, _mm256_cvtpd_ps(mul(s, _mm256_set1_pd(k))));
+    __m256d const r = mul(s, _mm256_set1_pd(k));
+    // A NaN in v or in the bottom row makes W, and so every row, NaN; one elsewhere its own row.
+    if (_mm256_movemask_pd(_mm256_cmp_pd(r, r, _CMP_UNORD_Q)) != 0)
+        return multMatrixVec3fPlain(dst, m, v);
+    store3(dst, _mm256_cvtpd_ps(r));
 }
 
 /// m v with the bottom row taken as 0, 0, 0, 1 and not read. dst may be v.
 void multAffineMatrixVec3fAvx2(float * dst, float const * m, float const * v) {
-    __m128 const m0 = load3(m), m1 = load3(m + 4), m2 = load3(m + 8), m3 = load3(m + 12);
-    __m128 const fv = load3(v);
-    if (anyNaN(m0, m1, m2, m3) || anyNaN(fv, fv, fv, fv))
+    // Masked loads: the bottom row and v[3] are not read, and lane 3 holds 0.
+    __m128i const top = _mm_setr_epi32(-1, -1, -1, 0);
+    __m256d const r =
+        affinePoint(widen(_mm_maskload_ps(m, top)), widen(_mm_maskload_ps(m + 4, top)),
+                    widen(_mm_maskload_ps(m + 8, top)), widen(_mm_maskload_ps(m + 12, top)),
+                    widen(_mm_maskload_ps(v, top)));
+    if (_mm256_movemask_pd(_mm256_cmp_pd(r, r, _CMP_UNORD_Q)) != 0)
         return multAffineMatrixVec3fPlain(dst, m, v);
-    store3(dst,
-           _mm256_cvtpd_ps(affinePoint(widen(m0), widen(m1), widen(m2), widen(m3), widen(fv))));
+    store3(dst, _mm256_cvtpd_ps(r));
 }
 
 namespace {
