@@ -66,6 +66,7 @@ TEST(PointTests, TolerancesOfLinePlaneSegmentAndCoplanarity) {
     V const off(5, 0.1f, 0);
     EXPECT_TRUE(pointOnLine(off, L(O, X), 0.011f) && pointOnSegment(off, seg, 0.011f));
     EXPECT_FALSE(pointOnLine(off, L(O, X), 0.009f) || pointOnSegment(off, seg, 0.009f));
+    EXPECT_TRUE(pointOnLine(V(1, 1, 0), L(X, Y), 0)); // a line away from the origin
     EXPECT_TRUE(pointOnSegment(V(1, 0.1f, 0), KDRSegment(X, X), 0.011f)); // zero length
     // pointOnPlane: |n . p + d| against the argument, inclusive, not divided by |n|.
     EXPECT_TRUE(pointOnPlane(V(3, 4, 0.001f), Plane(), 0.001f));

@@ -36,6 +36,12 @@ TEST(Inter2d, LinesAndSegmentsWithParameters) {
     _e_geomInfo const expected[7] = {YES, YES, YES, YES, YES, NO, NO};
     for (int i = 0; i < 7; ++i)
         EXPECT_EQ(inter2dSegmentSegment(o, ex, q[i], q[i] + 2), expected[i]) << "case " << i;
+    // Away from the origin, each end of q close to the line of p: (-2, 2)-(0, 4) meets
+    // (-2, 4)-(-1, 2), and (2, -2)-(4, 0) meets (2, -1)-(4, -3).
+    float const p[2][4] = {{-2, 2, 0, 4}, {2, -2, 4, 0}},
+                r[2][4] = {{-2, 4, -1, 2}, {2, -1, 4, -3}};
+    for (int i = 0; i < 2; ++i)
+        EXPECT_EQ(inter2dSegmentSegment(p[i], p[i] + 2, r[i], r[i] + 2), YES) << "case " << i;
 }
 
 TEST(Inter2d, AxisLinesAndSegments) {

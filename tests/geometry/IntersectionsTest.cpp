@@ -52,6 +52,10 @@ TEST(InterLineLine, ParallelSkewAndTheDominantAxis) {
     EXPECT_EQ(hit(L(O, Y), L(V(0, 2, 1), V(S, 0, -S)))[2], 0.0);
     // c = (0, -1, 0): solved across y. (5, 0, 0) and (2, 1, -3) + 3 (1, 0, 1) are 1 apart.
     EXPECT_TRUE(elems(hit(L(O, X), L(V(2, 1, -3), V(1, 0, 1))), {NO, 5, 3, 5, 0, 0}));
+    // c = (0, -1.75, 0): across y again, with no factor of 1 or 0 to hide a wrong operation.
+    // (2, 0, 2) + 2 (1, 0, 0.5) = (3.25, 0, 0) + 1.5 (0.5, 0, 2).
+    EXPECT_TRUE(elems(hit(L(V(2, 0, 2), V(1, 0, 0.5f)), L(V(3.25f, 0, 0), V(0.5f, 0, 2))),
+                      {YES, 2, 1.5, 4, 0, 3}, 1e-6));
     // c = (1.5, 0, 0): solved across x. (0, 2, 2) + 2 (0, 1, 0.5) = (0, 2.5, 0) + 1.5 (0, 1, 2).
     EXPECT_TRUE(elems(hit(L(V(0, 2, 2), V(0, 1, 0.5f)), L(V(0, 2.5f, 0), V(0, 1, 2))),
                       {YES, 2, 1.5, 0, 4, 3}, 1e-6));
@@ -124,6 +128,8 @@ TEST(InterLineTriangle, EdgesCountAsInsideAndAZeroDeterminantWritesOnlyInside) {
         EXPECT_TRUE(elems(hit(L(V(xs[i], ys[i], -2), -Z), Y),
                           {YES, i < 4 ? 1.0 : 0.0, xs[i], ys[i], xs[i], ys[i]}))
             << "case " << i;
+    // p2 = (0, 2, 0): the determinant is -2, so v is half of y.
+    EXPECT_TRUE(elems(hit(L(V(0.25f, 0.5f, -2), -Z), V(0, 2, 0)), {YES, 1, 0.25, 0.25, 0.25, 0.5}));
 }
 
 TEST(InterPlanePlane, OppositeNormalsNearlyParallelPlanesAndTheLine) {
@@ -143,6 +149,10 @@ TEST(InterPlanePlane, OppositeNormalsNearlyParallelPlanesAndTheLine) {
     // of the line nearest the origin: 0 (0, 0, 1) + 1 (0, 1, 1) in the normals' span.
     EXPECT_EQ(interPlanePlane(out, z1, P(0, 1, 1, -2)), e_geomIntersection);
     EXPECT_TRUE(near(out.m_point, 0, 1, 1) && near(out.m_dir, -1, 0, 0));
+    // 2x - 2 = 0 and x + y - 3 = 0, normals neither unit nor orthogonal: aa = 4, bb = 2, ab = 2,
+    // so the point is -0.5 (2, 0, 0) + 2 (1, 1, 0) = (1, 2, 0), on the direction (0, 0, 2).
+    EXPECT_EQ(interPlanePlane(out, P(2, 0, 0, -2), P(1, 1, 0, -3)), e_geomIntersection);
+    EXPECT_TRUE(near(out.m_point, 1, 2, 0) && near(out.m_dir, 0, 0, 2));
 }
 
 TEST(InterLineViewingVolume, ParallelPairsSetNoLimit) {

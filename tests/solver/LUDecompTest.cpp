@@ -64,6 +64,9 @@ TEST_F(LUDecompTest, DiagonalTestsOfTheEliminationAndBothBackSubstitutions) {
     EXPECT_TRUE(ok);
     LUDecomp::Resoud_matrice(s, sb, 0, &ok); // n < 1 solves nothing
     EXPECT_FALSE(ok);
+    double const atLimit[4] = {1e-4, 1, 0, 2}; // a diagonal of exactly TOLERANCE passes
+    LUDecomp::Resoud_matrice(atLimit, sb, 2, &ok);
+    EXPECT_TRUE(ok);
 
     // Points: a last diagonal of 1e-7 is accepted, an exact 0 refused at once (all zero); 1e-7
     // higher up fails with the rows below solved and the rest zero, exactly 1e-4 passes.
