@@ -62,3 +62,12 @@ TEST(KDRBoolArray, LongUnionAndExclusiveOrAtEveryLevel) {
     }
     setSimdLevel(detectSimdLevel());
 }
+
+TEST(KDRBoolArray, RangesMayStartAtBitZero) {
+    // A count below 1 still covers its one bit.
+    KDRBoolArray a(10, true);
+    a.clear(0, 4);
+    EXPECT_TRUE(a.findFirst(true) == 4 && a.size() == 10);
+    a.set(0, 0);
+    EXPECT_TRUE(a.get(0) && !a.get(1));
+}
