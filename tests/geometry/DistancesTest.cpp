@@ -71,6 +71,7 @@ TEST(PointTests, TolerancesOfLinePlaneSegmentAndCoplanarity) {
     // pointOnPlane: |n . p + d| against the argument, inclusive, not divided by |n|.
     EXPECT_TRUE(pointOnPlane(V(3, 4, 0.001f), Plane(), 0.001f));
     EXPECT_FALSE(pointOnPlane(V(3, 4, 0.001f), P(0, 0, 2, 0), 0.0015f));
+    EXPECT_TRUE(pointOnPlane(V(3, 4, 1), P(0, 0, 1, -1), 0)); // z = 1: n . p + d is 0
     // Segment bounds on (p - start) . s: below widened by the tolerance (0.5 here, i.e. 0.05
     // before the start), above not widened.
     EXPECT_TRUE(pointOnSegment(V(-0.04f, 0, 0), seg, 0.5f));
