@@ -37,20 +37,19 @@ void placeRows(Column const & column, unsigned int const * counts, int const * i
         next[b] = sum;
         sum += counts[b];
     }
-    unsigned char const * const data = column.m_data;
-    const std::size_t stride = column.m_stride;
+    Column const c = column; // a local copy: the stores to `out` cannot change it
     auto const place = [&](int i) {
         int const row = in[i];
-        out[next[data[static_cast<std::size_t>(row) * stride]]++] = row;
+        out[next[*rowByte(c, row)]++] = row;
     };
     // The rows come in the order of the previous pass, so their bytes are read at random. When
     // the rows span more than the inner caches hold, each byte is fetched a few rows ahead.
     constexpr int AHEAD = 32;
     constexpr std::size_t CACHED_SPAN = std::size_t{1} << 18;
     int i = 0;
-    if (static_cast<std::size_t>(numRows) * stride > CACHED_SPAN)
+    if (static_cast<std::size_t>(numRows) * c.m_stride > CACHED_SPAN)
         for (; i < numRows - AHEAD; ++i) {
-            __builtin_prefetch(data + static_cast<std::size_t>(in[i + AHEAD]) * stride);
+            __builtin_prefetch(rowByte(c, in[i + AHEAD]));
             place(i);
         }
     for (; i < numRows; ++i)
